@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+
+#include "description/CDynamic.h"
+#include "host/Arrays.h"
+#include "host/Records.h"
+
+/// How a model's output files are shaped, read from the description's entry for the model. The
+/// initial values are those before any read.
+struct ModelOutputSettings {
+    int32_t LineByLine = 0;
+    int32_t PrinterDirection = 0;  ///< 1: pages are written bottom line first
+    int32_t CreateFolder = 1;
+
+    int32_t SupportWhiteType = -1;  ///< the user's choice; -1 is none
+    int32_t DefaultWhiteType = -1;  ///< -1: the model offers no white
+    AStringArray WhiteTypeNames;
+    std::vector<int32_t> WhiteTypeCodes;
+    std::vector<int32_t> WhiteHeaderCodes;
+
+    int32_t HasJobTicket = 0;
+    AString JobTicketName = "jobTicket.txt";
+    AString JobTicketCode = "utf-8";
+
+    AString HeaderTemplateName;
+    AString HeaderOutputName;
+    int32_t HeaderAtEndRip = 0;
+
+    AString PreviewType = "BMP";
+    int32_t PreviewSizeH = 500;  ///< the preview's height
+    int32_t PreviewSizeV = 500;  ///< the preview's width
+    int32_t PreviewBestFit = 1;
+    AString PreviewName;
+
+    AStringArray ChannelNames;                 ///< of the colour mode's colorants, in order
+    std::map<AString, AString> ChannelNameMap;  ///< colour's internal name -> channel name
+};
+
+/// Reads the output rules of the settings' model and colour mode into `output`. 1, or 0 with
+/// `output` as far as it was read.
+int32_t ReadModelOutputSettings(CDynamic& description, const PrintSettings& settings,
+                                ModelOutputSettings& output);
+
+/// The channel name of the first colour whose internal name is `colorName`; "" when there is
+/// none or the description cannot be read.
+AString GetChannelName(CDynamic& description, const AString& colorName, const char* modelName);
+
+/// Splits `text` at the first occurrence of the first of `separators` that occurs in it: `head`
+/// receives what stands before, the rest is answered. Without any, `head` is the whole text.
+AString SplitAtSeparator(const AString& text, const AString& separators, AString& head);

@@ -1,0 +1,103 @@
+#include "host/AFilePath.h"
+
+#include <cstdlib>
+#include <vector>
+
+#include "platform/PathRules.h"
+#include "platform/win32.h"
+
+namespace {
+
+bool StartsWithDrive(std::string_view component) {
+    if (component.size() < 2 || component[1] != ':') return false;
+    const char letter = component[0];
+    return (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z');
+}
+
+std::vector<std::string_view> Components(std::string_view text) {
+    std::vector<std::string_view> components;
+    std::size_t start = 0;
+    while (start < text.size()) {
+        std::size_t end = start;
+        while (end < text.size() && !IsPathSeparator(text[end])) ++end;
+        if (end > start) components.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    return components;
+}
+
+/// The components of a name with "." and ".." resolved; false when it leaves its folder.
+bool ResolveName(std::string_view name, std::vector<std::string_view>& resolved) {
+    for (const std::string_view component : Components(name)) {
+        if (StartsWithDrive(component)) return false;
+        if (component == ".") continue;
+        if (component != "..") {
+            resolved.push_back(component);
+        } else if (!resolved.empty()) {
+            resolved.pop_back();
+        } else {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Separators unified, repeated ones folded, none at the end but for a root.
+AString Normalize(std::string_view text) {
+    AString path;
+    for (const char character : text) {
+        const bool separator = IsPathSeparator(character);
+        // Two leading separators name a server where paths have drives; folding starts behind.
+        const std::size_t folded = kPathSeparator == '\\' ? 1 : 0;
+        if (separator && path.size() > folded && path.back() == kPathSeparator) continue;
+        path += separator ? kPathSeparator : character;
+    }
+    if (path.size() > 1 && path.back() == kPathSeparator) path.pop_back();
+    return path.empty() ? AString(".") : path;
+}
+
+std::string_view BaseFolder() {
+    const char* folder = std::getenv("QL_BASE_FOLDER");
+    return folder == nullptr ? "" : folder;
+}
+
+}  // namespace
+
+AFilePath::AFilePath() : AFilePath(BaseFolder()) {}
+
+AFilePath::AFilePath(std::string_view text) : path_(Normalize(text)) {}
+
+AFilePath& AFilePath::Append(std::string_view name) {
+    std::vector<std::string_view> components;
+    if (!valid_ || !ResolveName(name, components)) {
+        Invalidate();
+        return *this;
+    }
+    for (const std::string_view component : components) {
+        if (path_.back() != kPathSeparator) path_ += kPathSeparator;
+        path_ += component;
+    }
+    return *this;
+}
+
+void AFilePath::ReplaceLast(std::string_view name) {
+    const AString folder = folderPart();
+    const bool valid = valid_;
+    *this = AFilePath(folder);
+    if (!valid) Invalidate();
+    Append(name);
+}
+
+bool AFilePath::exists() const {
+    return valid_ && GetFileAttributesA(path_.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+AString AFilePath::folderPart() const {
+    const std::size_t last = path_.find_last_of(kPathSeparator);
+    return last == AString::npos ? AString() : path_.substr(0, last + 1);
+}
+
+void AFilePath::Invalidate() {
+    valid_ = false;
+    path_.clear();
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <string_view>
+
+#include "host/AString.h"
+
+/// A path to a folder or file, built from components. '\' and '/' both separate them.
+///
+/// A path can become invalid (see Append); it then stays so, names nothing, and whatever would be
+/// opened or created there fails.
+class AFilePath {
+  public:
+    /// The host's base folder: what QL_BASE_FOLDER names when this path is made, else the
+    /// current folder.
+    AFilePath();
+    /// A path as a host or user gives it, absolute or relative. An empty text is the current
+    /// folder.
+    explicit AFilePath(std::string_view text);
+
+    /// Appends the components of `name`. Leading separators are dropped. A name that climbs above
+    /// this folder ("..") or that starts one of its components with a drive (one letter and ':')
+    /// makes the path invalid. Answers this path.
+    AFilePath& Append(std::string_view name);
+
+    /// Replaces the last component by `name`, under the rule of Append.
+    void ReplaceLast(std::string_view name);
+
+    bool isValid() const { return valid_; }
+    /// Whether a file or folder stands there; false for an invalid path.
+    bool exists() const;
+    /// With the system's separators and none at the end (but for a root); "" when invalid.
+    const AString& fullPath() const { return path_; }
+    /// The full path up to and including its last separator; "" when it has none.
+    AString folderPart() const;
+
+  private:
+    void Invalidate();
+
+    AString path_;
+    bool valid_ = true;
+};

@@ -1,0 +1,6 @@
+#pragma once
+
+#include <string>
+
+/// Text in the host's code page.
+using AString = std::string;
