@@ -23,10 +23,14 @@ constexpr AfxStringResource kStrings[] = {
 };
 constexpr AfxStringTable kTable = {kStrings, std::size(kStrings)};
 
+/// Hands the table to the module state when the module is loaded.
+const struct Registration {
+    Registration() { AfxSetModuleStrings(kTable); }
+} kRegistration;
+
 }  // namespace
 
 int LoadResString(UINT id, char* buffer, int size) {
-    AfxSetModuleStrings(kTable);
     const AFX_MAINTAIN_STATE2 moduleState(AfxGetStaticModuleState());
     return LoadStringA(AfxGetResourceHandle(), id, buffer, size);
 }
