@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
+#include "description/DescriptionLists.h"
 #include "host/AXMLTree.h"
-#include "host/Arrays.h"
 #include "host/Records.h"
 
 /// A model's description: finds the description file through the model list, reads it once, and
@@ -48,5 +48,18 @@ class CDynamic {
     virtual int32_t FindChildByID(const AXMLTreeNode& parent, int32_t identifier,
                                   AXMLTreeNode* child);
 
-    // Private state: to be laid out by the implementation.
+  private:
+    bool ReadDescription(const char* modelName);
+    void ForgetDescription();
+    /// The media item of the allowed combinations.
+    bool FindAllowedMedia(int32_t mediaId, AXMLTreeNode& media);
+    /// The resolution item that the settings' combination leads to.
+    bool FindAllowedResolution(const PrintSettings& settings, AXMLTreeNode& resolution);
+    bool IsColorMode(int32_t position) const;
+    void CopyColorModeName(int32_t position, char* name) const;
+
+    int32_t loaded_ = 0;
+    AEnXMLTree document_{"RootElement"};
+    AXMLTreeNode root_;
+    DescriptionLists lists_;
 };

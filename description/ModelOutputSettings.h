@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <string_view>
 
 #include "description/CDynamic.h"
 #include "host/Arrays.h"
@@ -34,7 +35,7 @@ struct ModelOutputSettings {
     int32_t PreviewBestFit = 1;
     AString PreviewName;
 
-    AStringArray ChannelNames;                 ///< of the colour mode's colorants, in order
+    AStringArray ChannelNames;                  ///< of the colour mode's colorants, in order
     std::map<AString, AString> ChannelNameMap;  ///< colour's internal name -> channel name
 };
 
@@ -48,5 +49,7 @@ int32_t ReadModelOutputSettings(CDynamic& description, const PrintSettings& sett
 AString GetChannelName(CDynamic& description, const AString& colorName, const char* modelName);
 
 /// Splits `text` at the first occurrence of the first of `separators` that occurs in it: `head`
-/// receives what stands before, the rest is answered. Without any, `head` is the whole text.
-AString SplitAtSeparator(const AString& text, const AString& separators, AString& head);
+/// receives what stands before, the rest is answered. Without any, `head` is the whole text. Both
+/// are parts of `text`, which the caller keeps.
+std::string_view SplitAtSeparator(std::string_view text, std::string_view separators,
+                                  std::string_view& head);
