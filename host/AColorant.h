@@ -9,7 +9,9 @@
 class AColorant {
   public:
     AColorant(AString displayName, AString internalName, uint8_t depth)
-        : DisplayName(std::move(displayName)), InternalName(std::move(internalName)), Depth(depth) {}
+        : DisplayName(std::move(displayName)),
+          InternalName(std::move(internalName)),
+          Depth(depth) {}
 
     AString DisplayName;
     AString InternalName;

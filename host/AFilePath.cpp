@@ -19,7 +19,8 @@ std::vector<std::string_view> Components(std::string_view text) {
     std::size_t start = 0;
     while (start < text.size()) {
         std::size_t end = start;
-        while (end < text.size() && !IsPathSeparator(text[end])) ++end;
+        while (end < text.size() && !IsPathSeparator(text[end]))
+            ++end;
         if (end > start) components.push_back(text.substr(start, end - start));
         start = end + 1;
     }

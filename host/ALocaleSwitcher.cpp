@@ -1,1 +1,1 @@
-// placeholder until this service lands
+#include "host/ALocaleSwitcher.h"

@@ -1,17 +1,13 @@
 #pragma once
 
-#include <memory>
+#include "platform/Locale.h"
 
 /// Gives the calling thread the "C" locale's numbers for its own lifetime, then its former
 /// locale again.
 class ALocaleSwitcher {
   public:
-    ALocaleSwitcher();
-    ~ALocaleSwitcher();
-    ALocaleSwitcher(const ALocaleSwitcher&) = delete;
-    ALocaleSwitcher& operator=(const ALocaleSwitcher&) = delete;
+    ALocaleSwitcher() = default;
 
   private:
-    struct State;
-    std::unique_ptr<State> state_;
+    ThreadCNumbers numbers_;
 };

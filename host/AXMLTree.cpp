@@ -1,1 +1,236 @@
-// placeholder until this service lands
+#include "host/AXMLTree.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <pugixml.hpp>
+#include <string>
+#include <unordered_map>
+
+#include "host/FSGanerateID.h"
+#include "host/FileBytes.h"
+#include "host/Gzip.h"
+#include "platform/CodePage.h"
+#include "platform/Stream.h"
+
+namespace {
+
+// Everything is kept, blanks at the top level too (which pugixml keeps in fragments alone), so
+// that a document that is loaded and saved changes only where a caller changed it.
+constexpr unsigned kParseFlags = pugi::parse_full | pugi::parse_ws_pcdata | pugi::parse_fragment;
+
+pugi::xml_node Element(void* element) {
+    return pugi::xml_node(static_cast<pugi::xml_node_struct*>(element));
+}
+
+pugi::xml_node FirstElement(pugi::xml_node node) {
+    while (node && node.type() != pugi::node_element)
+        node = node.next_sibling();
+    return node;
+}
+
+bool IsText(const pugi::xml_node& node) {
+    return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
+}
+
+bool IsBlank(std::string_view text) {
+    return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+}
+
+/// Whether the top level is that of a document: one element, and no text beside it.
+bool IsDocument(const pugi::xml_node& top) {
+    int elements = 0;
+    for (const pugi::xml_node node : top) {
+        if (node.type() == pugi::node_element) ++elements;
+        if (IsText(node) && (node.type() == pugi::node_cdata || !IsBlank(node.value()))) {
+            return false;
+        }
+    }
+    return elements == 1;
+}
+
+/// Documents in 8-bit encodings hold no NUL; pugixml would read up to the first and be content.
+bool EndsEarly(pugi::xml_encoding encoding, std::string_view bytes) {
+    const bool bytewise = encoding == pugi::encoding_utf8 || encoding == pugi::encoding_latin1;
+    return bytewise && bytes.find('\0') != std::string_view::npos;
+}
+
+struct StringWriter final : pugi::xml_writer {
+    std::string bytes;
+    void write(const void* data, size_t size) override {
+        bytes.append(static_cast<const char*>(data), size);
+    }
+};
+
+bool WriteFile(const std::string& path, std::string_view bytes) {
+    Stream file = OpenStream(path.c_str(), "wb");
+    if (file == nullptr) return false;
+    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
+    return std::fclose(file.release()) == 0 && written;
+}
+
+}  // namespace
+
+struct AXMLTree::Document {
+    /// What was last asked of a parent, so that a loop over its children by position costs one
+    /// step a child.
+    struct Position {
+        int32_t count = -1;  ///< child elements; -1 until counted
+        int32_t index = -1;  ///< where `child` stands; -1 for none
+        pugi::xml_node child;
+    };
+
+    pugi::xml_document xml;
+    bool isLoaded = false;  ///< read from a file or text, so saved as it came
+    std::unordered_map<void*, Position> positions;
+
+    void Clear() {
+        xml.reset();
+        positions.clear();
+    }
+};
+
+AXMLTree::AXMLTree(std::string_view rootName) : document_(std::make_unique<Document>()) {
+    pugi::xml_node declaration = document_->xml.append_child(pugi::node_declaration);
+    declaration.append_attribute("version").set_value("1.0");
+    declaration.append_attribute("encoding").set_value("UTF-8");
+    document_->xml.append_child(std::string(rootName).c_str());
+}
+
+AXMLTree::~AXMLTree() = default;
+
+int32_t AXMLTree::loadFromFile(const AFilePath& path, int32_t /*flag*/) {
+    const std::optional<std::string> bytes = ReadFileBytes(path);
+    return LoadBytes(bytes ? std::string_view(*bytes) : std::string_view());
+}
+
+int32_t AXMLTree::loadXML(std::string_view text, int32_t /*flag*/) {
+    return LoadBytes(text);
+}
+
+int32_t AXMLTree::LoadBytes(std::string_view bytes) {
+    document_->Clear();
+    document_->isLoaded = true;
+    const pugi::xml_parse_result result =
+        document_->xml.load_buffer(bytes.data(), bytes.size(), kParseFlags);
+    if (result && !EndsEarly(result.encoding, bytes) && IsDocument(document_->xml)) return 1;
+    document_->Clear();
+    return 0;
+}
+
+int32_t AXMLTree::saveToFile(const AFilePath& path) const {
+    pugi::xml_node declaration = document_->xml.first_child();
+    if (declaration.type() == pugi::node_declaration) {
+        // The texts are UTF-8 in memory and on disk, in whatever encoding they came.
+        pugi::xml_attribute encoding = declaration.attribute("encoding");
+        if (encoding) encoding.set_value("UTF-8");
+    }
+    const unsigned layout = document_->isLoaded ? pugi::format_raw : pugi::format_indent;
+    StringWriter text;
+    document_->xml.save(text, "  ", layout | pugi::format_no_declaration, pugi::encoding_utf8);
+    if (!path.isValid()) return 0;
+    const std::string temporary = path.folderPart() + FSGanerateID() + ".tmp";
+    std::error_code failure = std::make_error_code(std::errc::io_error);
+    if (WriteFile(temporary, text.bytes)) {
+        std::filesystem::rename(temporary, path.fullPath(), failure);
+    }
+    if (failure) std::remove(temporary.c_str());
+    return failure ? 0 : 1;
+}
+
+int32_t AXMLTree::getRootNode(AXMLTreeNode& root) const {
+    root = AXMLTreeNode(FirstElement(document_->xml.first_child()).internal_object());
+    return root.element_ != nullptr ? 1 : 0;
+}
+
+int32_t AXMLTree::getChild(std::string_view name, const AXMLTreeNode& parent,
+                           AXMLTreeNode& child) const {
+    const std::string wanted = AnsiToUtf8(name);
+    pugi::xml_node node = FirstElement(Element(parent.element_).first_child());
+    while (node && wanted != node.name())
+        node = FirstElement(node.next_sibling());
+    child = AXMLTreeNode(node.internal_object());
+    return node ? 1 : 0;
+}
+
+int32_t AXMLTree::getChild(int32_t position, const AXMLTreeNode& parent,
+                           AXMLTreeNode& child) const {
+    const AXMLTreeNode asked = parent;  // the caller may pass one handle as both
+    child = AXMLTreeNode();
+    if (position < 0 || asked.element_ == nullptr) return 0;
+    Document::Position& last = document_->positions[asked.element_];
+    if (last.index < 0 || last.index > position) {
+        last.child = FirstElement(Element(asked.element_).first_child());
+        last.index = 0;
+    }
+    while (last.child && last.index < position) {
+        last.child = FirstElement(last.child.next_sibling());
+        ++last.index;
+    }
+    if (!last.child) {
+        last.index = -1;
+        return 0;
+    }
+    child = AXMLTreeNode(last.child.internal_object());
+    return 1;
+}
+
+int32_t AXMLTree::getChildCount(const AXMLTreeNode& node) const {
+    if (node.element_ == nullptr) return 0;
+    Document::Position& last = document_->positions[node.element_];
+    if (last.count < 0) {
+        last.count = 0;
+        pugi::xml_node child = FirstElement(Element(node.element_).first_child());
+        for (; child; child = FirstElement(child.next_sibling()))
+            ++last.count;
+    }
+    return last.count;
+}
+
+AString AXMLTree::getAttribute(const AXMLTreeNode& node, std::string_view name) const {
+    return Utf8ToAnsi(Element(node.element_).attribute(AnsiToUtf8(name).c_str()).value());
+}
+
+AString AXMLTree::getValue(const AXMLTreeNode& node) const {
+    pugi::xml_node first;
+    for (const pugi::xml_node text : Element(node.element_)) {
+        if (!IsText(text)) continue;
+        // Blanks are the text only where there is no other: they may just lay out what follows.
+        if (text.type() == pugi::node_cdata || !IsBlank(text.value())) {
+            first = text;
+            break;
+        }
+        if (!first) first = text;
+    }
+    return Utf8ToAnsi(first.value());
+}
+
+AString AXMLTree::getName(const AXMLTreeNode& node) const {
+    return Utf8ToAnsi(Element(node.element_).name());
+}
+
+int32_t AXMLTree::addChild(AXMLTreeNode& child, const AXMLTreeNode& parent, std::string_view name,
+                           std::string_view text, int32_t /*position*/) {
+    const AXMLTreeNode under = parent;  // the caller may pass one handle as both
+    pugi::xml_node node = Element(under.element_).append_child(AnsiToUtf8(name).c_str());
+    child = AXMLTreeNode(node.internal_object());
+    if (!node) return 0;
+    const auto known = document_->positions.find(under.element_);
+    if (known != document_->positions.end() && known->second.count >= 0) ++known->second.count;
+    if (text.empty()) return 1;
+    return node.append_child(pugi::node_pcdata).set_value(AnsiToUtf8(text).c_str()) ? 1 : 0;
+}
+
+int32_t AXMLTree::setAttribute(const AXMLTreeNode& node, std::string_view name,
+                               std::string_view value) {
+    const std::string attributeName = AnsiToUtf8(name);
+    pugi::xml_node element = Element(node.element_);
+    pugi::xml_attribute attribute = element.attribute(attributeName.c_str());
+    if (!attribute) attribute = element.append_attribute(attributeName.c_str());
+    return attribute.set_value(AnsiToUtf8(value).c_str()) ? 1 : 0;
+}
+
+int32_t AEnXMLTree::loadFromFileEn(const AFilePath& path, int32_t /*flag*/) {
+    std::optional<std::string> bytes = ReadFileBytes(path);
+    if (bytes && IsGzip(*bytes)) bytes = InflateGzip(*bytes, kMostTextBytes);
+    return LoadBytes(bytes ? std::string_view(*bytes) : std::string_view());
+}

@@ -12,12 +12,15 @@ bool IsBlank(char character) {
     return character == ' ' || (character >= '\t' && character <= '\r');
 }
 
-bool IsDigit(char character) { return character >= '0' && character <= '9'; }
+bool IsDigit(char character) {
+    return character >= '0' && character <= '9';
+}
 
 /// The leading number, saturated just outside 32 bits.
 std::optional<int64_t> LeadingNumber(std::string_view text) {
     std::size_t at = 0;
-    while (at < text.size() && IsBlank(text[at])) ++at;
+    while (at < text.size() && IsBlank(text[at]))
+        ++at;
     const bool negative = at < text.size() && text[at] == '-';
     if (negative || (at < text.size() && text[at] == '+')) ++at;
     if (at == text.size() || !IsDigit(text[at])) return std::nullopt;

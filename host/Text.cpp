@@ -26,6 +26,7 @@ void CopyText(char* field, std::size_t fieldBytes, std::string_view text,
 
 std::string_view FieldText(const char* field, std::size_t fieldBytes) {
     const void* end = std::memchr(field, '\0', fieldBytes);
-    return {field, end == nullptr ? fieldBytes
-                                  : static_cast<std::size_t>(static_cast<const char*>(end) - field)};
+    return {field, end == nullptr
+                       ? fieldBytes
+                       : static_cast<std::size_t>(static_cast<const char*>(end) - field)};
 }

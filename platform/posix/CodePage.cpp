@@ -80,6 +80,10 @@ const char* CodePageName() {
 
 }  // namespace
 
-std::string AnsiToUtf8(std::string_view text) { return Convert(text, kUtf8, CodePageName()); }
+std::string AnsiToUtf8(std::string_view text) {
+    return Convert(text, kUtf8, CodePageName());
+}
 
-std::string Utf8ToAnsi(std::string_view text) { return Convert(text, CodePageName(), kUtf8); }
+std::string Utf8ToAnsi(std::string_view text) {
+    return Convert(text, CodePageName(), kUtf8);
+}

@@ -39,4 +39,6 @@ bool SeekStream(std::FILE* stream, std::int64_t offset, int origin) {
     return fseeko(stream, offset, origin) == 0;
 }
 
-std::int64_t TellStream(std::FILE* stream) { return ftello(stream); }
+std::int64_t TellStream(std::FILE* stream) {
+    return ftello(stream);
+}

@@ -85,9 +85,13 @@ bool CopyBytes(int from, int to) {
 
 }  // namespace
 
-DWORD GetLastError() { return lastError; }
+DWORD GetLastError() {
+    return lastError;
+}
 
-void SetLastError(DWORD error) { lastError = error; }
+void SetLastError(DWORD error) {
+    lastError = error;
+}
 
 HANDLE CreateFileA(const char* path, DWORD access, DWORD /*share*/, void* /*security*/,
                    DWORD /*disposition*/, DWORD /*flags*/, HANDLE /*templateFile*/) {
@@ -145,7 +149,9 @@ DWORD SetFilePointer(HANDLE file, LONG low, LONG* high, DWORD origin) {
         distance = static_cast<std::int64_t>((static_cast<std::uint64_t>(*high) << 32) |
                                              static_cast<std::uint32_t>(low));
     }
-    const int whence = origin == FILE_BEGIN ? SEEK_SET : origin == FILE_CURRENT ? SEEK_CUR : SEEK_END;
+    const int whence = origin == FILE_BEGIN     ? SEEK_SET
+                       : origin == FILE_CURRENT ? SEEK_CUR
+                                                : SEEK_END;
     const off_t position = lseek(Descriptor(file), distance, whence);
     if (position < 0) {
         Fail();
@@ -162,7 +168,9 @@ BOOL SetEndOfFile(HANDLE file) {
     return TRUE;
 }
 
-BOOL CloseHandle(HANDLE file) { return close(Descriptor(file)) == 0 ? TRUE : Fail(); }
+BOOL CloseHandle(HANDLE file) {
+    return close(Descriptor(file)) == 0 ? TRUE : Fail();
+}
 
 BOOL DeleteFileA(const char* path) {
     return unlink(NativePath(path).c_str()) == 0 ? TRUE : Fail();
@@ -253,4 +261,6 @@ FARPROC GetProcAddress(HMODULE library, const char* name) {
     return reinterpret_cast<FARPROC>(dlsym(library, name));
 }
 
-BOOL FreeLibrary(HMODULE library) { return dlclose(library) == 0 ? TRUE : FALSE; }
+BOOL FreeLibrary(HMODULE library) {
+    return dlclose(library) == 0 ? TRUE : FALSE;
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+/// A regular file that is read at any offset, without a file position: several readers may share
+/// one. Pipes, folders and devices are refused.
+class RandomAccessFile {
+  public:
+    RandomAccessFile() = default;
+    ~RandomAccessFile();
+    RandomAccessFile(const RandomAccessFile&) = delete;
+    RandomAccessFile& operator=(const RandomAccessFile&) = delete;
+
+    /// False when the file cannot be opened for reading or is no regular file.
+    [[nodiscard]] bool Open(const char* path);
+    /// Bytes that the file held when it was opened; 0 before.
+    std::uint64_t Size() const { return size_; }
+    /// Reads up to `count` bytes at `offset`; answers the bytes read, fewer only at the file's end
+    /// or on a failure.
+    std::size_t ReadAt(std::uint64_t offset, void* buffer, std::size_t count) const;
+
+  private:
+    std::intptr_t handle_ = -1;
+    std::uint64_t size_ = 0;
+};

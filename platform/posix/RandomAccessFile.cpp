@@ -1,0 +1,41 @@
+#include "platform/RandomAccessFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <limits>
+
+RandomAccessFile::~RandomAccessFile() {
+    if (handle_ >= 0) close(static_cast<int>(handle_));
+}
+
+bool RandomAccessFile::Open(const char* path) {
+    // O_NONBLOCK: opening a pipe that nobody writes to must not hang.
+    const int descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (descriptor < 0) return false;
+    struct stat status = {};
+    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < 0) {
+        close(descriptor);
+        return false;
+    }
+    if (handle_ >= 0) close(static_cast<int>(handle_));
+    handle_ = descriptor;
+    size_ = static_cast<std::uint64_t>(status.st_size);
+    return true;
+}
+
+std::size_t RandomAccessFile::ReadAt(std::uint64_t offset, void* buffer, std::size_t count) const {
+    constexpr auto kLargestOffset = static_cast<std::uint64_t>(std::numeric_limits<off_t>::max());
+    std::size_t done = 0;
+    while (done < count && offset + done >= offset && offset + done <= kLargestOffset) {
+        const ssize_t got = pread(static_cast<int>(handle_), static_cast<char*>(buffer) + done,
+                                  count - done, static_cast<off_t>(offset + done));
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) break;
+        done += static_cast<std::size_t>(got);
+    }
+    return done;
+}
