@@ -13,7 +13,9 @@ const char* MessageFilePath() {
 
 }  // namespace
 
-bool HasMessageFile() { return *MessageFilePath() != '\0'; }
+bool HasMessageFile() {
+    return *MessageFilePath() != '\0';
+}
 
 void AppendToMessageFile(const std::string& json) {
     const Stream file = OpenStream(MessageFilePath(), "ab");

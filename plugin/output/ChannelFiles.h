@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "host/AFilePath.h"
+#include "host/AString.h"
+#include "host/ExportBitmap.h"
+#include "plugin/output/OutputNames.h"
+#include "plugin/output/PageFolder.h"
+#include "plugin/output/ReversedData.h"
+
+/// What all channel files of a page share.
+struct ChannelShape {
+    int32_t lineBytes = 0;
+    int32_t heightLines = 0;
+    int32_t bits = 0;        ///< per pixel
+    double xResolution = 0;  ///< dots per inch
+    double yResolution = 0;
+    bool bottomLineFirst = false;
+    bool lineInterleaved = false;  ///< the lines of all channels come by turns
+};
+
+/// The channel files of a page. In plane order one is open at a time, and the next one completes
+/// it; line-interleaved pages hold all of theirs open. Bottom-line-first channels gather their
+/// lines in a temporary file and go out when they are complete. Failures of an output raise
+/// kOutputFailed.
+class ChannelFiles {
+  public:
+    /// Forgets an earlier page; `folder` is borrowed for the page.
+    void StartPage(const ChannelShape& shape, const PageFolder& folder, ChannelNaming naming,
+                   int32_t channelCount);
+
+    /// Whether a channel is written already, or is being written.
+    bool IsWritten(int32_t channel) const;
+    void MarkWritten(int32_t channel);
+
+    /// Completes the file before it and opens the file of `channel` (-1: the job name; `name`: a
+    /// pattern in place of the channel's own) for the lines of `separation`.
+    void Open(uint32_t separation, int32_t channel, const AString& name);
+    /// Takes the next line of the separation; false when it cannot be written.
+    bool WriteLine(uint32_t separation, const uint8_t* line);
+    /// Whether the lines are gathered for now, and a failed WriteLine was the gathering's.
+    bool IsGathering() const { return reversed_.IsOpen(); }
+    /// Sends out the lines of a bottom-line-first channel. False when some were lost on their way
+    /// into the temporary file.
+    [[nodiscard]] bool FlushReversed();
+
+    /// Writes a file whose every byte is `fill`; false when a line cannot be written. For channel
+    /// -1 `name` is the pattern, and the job's name where it is empty.
+    [[nodiscard]] bool WriteBlank(int32_t channel, const AString& name, uint8_t fill);
+    /// Completes and closes what is open.
+    void Close();
+    /// Closes what is open as it stands and removes the temporary file.
+    void Abandon();
+
+  private:
+    struct OpenChannel {
+        uint32_t separation = 0;
+        std::unique_ptr<ExportBitmap> exporter;
+    };
+
+    std::unique_ptr<ExportBitmap> CreateExporter(const AString& fileName) const;
+    OpenChannel* Find(uint32_t separation);
+
+    ChannelShape shape_;
+    const PageFolder* folder_ = nullptr;
+    ChannelNaming naming_;
+    AFilePath reversedPath_;
+    std::vector<uint8_t> written_;  ///< one flag a channel
+    std::vector<OpenChannel> open_;
+    ReversedData reversed_;
+    std::vector<uint8_t> lineBuffer_;
+};

@@ -1,0 +1,72 @@
+#include "plugin/output/OutputNames.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <string_view>
+
+namespace {
+
+constexpr std::string_view kJobNamePlace = "filename";
+constexpr const char* kNamelessJob = "Job";
+
+void RemoveBracketedParts(AString& name) {
+    for (;;) {
+        const std::size_t open = name.find('(');
+        const std::size_t close = name.find(')');
+        if (open == AString::npos || close == AString::npos || open > close) return;
+        name.erase(open, close - open + 1);
+    }
+}
+
+/// "a.b,c" becomes "a_c": what stands between a '.' and the ',' behind it goes.
+void JoinDottedParts(AString& name) {
+    for (;;) {
+        const std::size_t dot = name.find('.');
+        const std::size_t comma = name.find(',');
+        if (dot == AString::npos || comma == AString::npos || dot > comma) return;
+        name.erase(dot, comma - dot);
+        name[dot] = '_';
+    }
+}
+
+}  // namespace
+
+AString MakeJobName(const AString& sourceName) {
+    AString name = sourceName;
+    const std::size_t colon = name.find(':');
+    if (colon != AString::npos) name.erase(0, colon + 1);
+    RemoveBracketedParts(name);
+    const std::size_t extension = name.rfind('.');
+    if (extension != AString::npos) name.erase(extension);
+    JoinDottedParts(name);
+    std::erase(name, ' ');
+    const bool nameless = std::all_of(name.begin(), name.end(), [](char c) { return c == '.'; });
+    return nameless ? kNamelessJob : name;
+}
+
+AString SubstituteJobName(const AString& pattern, const AString& jobName) {
+    AString name = pattern;
+    const std::size_t place = name.find(kJobNamePlace);
+    if (place != AString::npos) name.replace(place, kJobNamePlace.size(), jobName);
+    return name;
+}
+
+ChannelNaming::ChannelNaming(AStringArray patterns, int32_t channelCount, AString jobName)
+    : patterns_(std::move(patterns)), channelCount_(channelCount), jobName_(std::move(jobName)) {}
+
+const AString& ChannelNaming::Pattern(int32_t channel) const {
+    static const AString kNone;
+    const auto index = static_cast<std::size_t>(channel);
+    return channel >= 0 && index < patterns_.size() ? patterns_[index] : kNone;
+}
+
+AString ChannelNaming::FileName(int32_t channel, const AString& name) const {
+    if (channel < 0) return jobName_;
+    const AString& pattern = name.empty() ? Pattern(channel) : name;
+    if (!pattern.empty()) return SubstituteJobName(pattern, jobName_);
+    int32_t lowest = 0;
+    while (lowest < channelCount_ && !Pattern(lowest).empty())
+        ++lowest;
+    return channel <= lowest ? jobName_ : fmt::format("{}_{}", jobName_, channel + 1);
+}

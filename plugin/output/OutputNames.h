@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+
+#include "host/AString.h"
+#include "host/Arrays.h"
+
+/// The base name of a job's files, from the host's source name: no drive or document prefix, no
+/// bracketed parts, no extension, no blanks. "Job" where that leaves nothing to name a file by.
+AString MakeJobName(const AString& sourceName);
+
+/// An output name pattern with its first "filename" replaced by the job name.
+AString SubstituteJobName(const AString& pattern, const AString& jobName);
+
+/// File names of a page's channels.
+class ChannelNaming {
+  public:
+    ChannelNaming() = default;
+    /// `patterns` belong to channels 0, 1, … of a colour mode with `channelCount` colorants; they
+    /// can be fewer.
+    ChannelNaming(AStringArray patterns, int32_t channelCount, AString jobName);
+
+    /// `name` is a pattern that stands in for the channel's own when it is not empty. A channel
+    /// without any pattern is named after the job; of several such channels all but the lowest
+    /// get their 1-based number behind it, so that none replaces another. Channel -1 is the job
+    /// name itself.
+    AString FileName(int32_t channel, const AString& name = {}) const;
+
+  private:
+    const AString& Pattern(int32_t channel) const;
+
+    AStringArray patterns_;
+    int32_t channelCount_ = 0;
+    AString jobName_;
+};

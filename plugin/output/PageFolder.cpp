@@ -1,0 +1,50 @@
+#include "plugin/output/PageFolder.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "platform/win32.h"
+
+namespace {
+
+constexpr int kLastSuffix = 1000;
+constexpr int32_t kFewestTiles = 2;
+
+bool Create(const AFilePath& folder) {
+    return folder.isValid() && CreateDirectoryA(folder.fullPath().c_str(), nullptr) != FALSE;
+}
+
+}  // namespace
+
+bool PageFolder::SetUp(const AString& folderText, const AString& jobName, bool createFolder) {
+    inTile_ = false;
+    const AFilePath parent =
+        folderText.empty() ? AFilePath().Append("temp") : AFilePath(folderText);
+    path_ = parent;
+    if (!createFolder) return true;
+    path_.Append(jobName);
+    if (!path_.exists()) return Create(path_);
+    for (int k = 1; k <= kLastSuffix; ++k) {
+        path_ = AFilePath(parent).Append(fmt::format("{}_{:03d}", jobName, k));
+        if (!path_.exists()) return Create(path_);
+    }
+    return true;
+}
+
+bool PageFolder::EnterTile(const JobStatusRecord& status, int32_t pageIndex,
+                           const AString& jobName) {
+    if (status.RecordVersion < JobStatusRecord::kTileRecordVersion) return true;
+    if (status.TileCount < kFewestTiles) return true;
+    const int32_t tile = std::min(pageIndex, status.TileCount - 1);
+    pathBeforeTile_ = path_;
+    inTile_ = true;
+    path_.Append(fmt::format("{}-tile{}", jobName, tile + 1));
+    return Create(path_);
+}
+
+void PageFolder::LeaveTile() {
+    if (!inTile_) return;
+    path_ = pathBeforeTile_;
+    inTile_ = false;
+}

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "PrinterDriver/Common/Xsrc/APageBaseRTL.h"
+#include "description/CDynamic.h"
+#include "description/ModelOutputSettings.h"
+#include "plugin/output/ChannelFiles.h"
+#include "plugin/output/PageFolder.h"
+
+/// This plug-in's writer: answers capability queries from the model's description and writes a
+/// job's pages to files, one per output channel. Each operation hands its subject to the piece
+/// beside this file that knows it.
+class RTL : public APageBaseRTL {
+  public:
+    RTL();
+    ~RTL() override;
+
+    int32_t OpenJob(JobContext* job, int32_t reserved, HostOutput* output,
+                    DriverOptionBlock* options) override;
+    /// Closes the open channel files as they stand and removes the temporary files.
+    int32_t AbortJob() override;
+    int32_t GetDeviceResolution(int32_t* x, int32_t* y) override;
+    int32_t GetDriverId() override;
+    int32_t IsColorModeAllowed(int32_t position, int32_t* allowed, char* name,
+                               PrintSettings* settings) override;
+    int32_t GetColorantList(int32_t position, ColorantInfoList* list) override;
+    int32_t FindColorModeID(const char* name) override;
+    int32_t GetDefaultColorMode(char* name, PrintSettings* settings) override;
+    int32_t GetMediaList(PrintSettings* settings, CapabilityList* list,
+                         int32_t* defaultMedia) override;
+    int32_t GetPrintModeList(PrintSettings* settings, CapabilityItem* media, CapabilityList* list,
+                             int32_t* defaultPosition) override;
+    int32_t GetResolutionList(PrintSettings* settings, CapabilityItem* media,
+                              CapabilityItem* printMode, ResolutionList* list,
+                              HostArgument further) override;
+    int32_t ReservedQuery5() override;
+    /// Fixes the job name and the output folder. 0 when the host's port is not a file port or
+    /// the folder cannot be made.
+    int32_t OpenPort(const char* folder, const char* sourceName) override;
+    /// By the blocks' first bytes.
+    int32_t AreOptionsDifferent(DriverOptionBlock* a, DriverOptionBlock* b) override;
+    int32_t EnsureDriverOptions(DriverOptionBlock* options) override;
+    int32_t StartPage() override;
+    int32_t EndPage() override;
+    int32_t EndJob() override;
+    int32_t OutputBand(uint32_t separation, int32_t row, const uint8_t* data) override;
+    int32_t BeginChannel(uint32_t separation, int32_t row) override;
+    int32_t EndChannel(uint32_t separation, int32_t row) override;
+    void InitBandOrder() override;
+
+    /// Reads (`load` 1) or writes (0) the white choice in the block's options file. 1 when it was
+    /// read, else 0.
+    virtual int32_t LoadDriverOptions(DriverOptionBlock* block, int32_t load);
+    virtual int32_t OpenChannelFile(uint32_t separation, int32_t channel, const AString& name);
+    virtual int32_t ReservedPageQuery2();
+    virtual int32_t ReservedPageQuery3();
+    /// Marks the separation's channel as written and opens its file.
+    virtual int32_t MarkChannelUsed(uint32_t separation);
+    virtual int32_t ReservedPageQuery4();
+    virtual int32_t WriteBlankChannel(int32_t channel, const AString& name, int32_t fill);
+    /// Colorant count and bit depth of a colour mode, cut to 16 bits.
+    virtual int32_t GetColorModeChannelInfo(int16_t colorMode, uint16_t* channelCount,
+                                            uint16_t* bitDepth);
+
+  private:
+    PrintSettings JobSettings() const;
+    void CheckDiskSpace();
+    [[noreturn]] void RaiseWriteDataError();
+
+    CDynamic description_;
+    ModelOutputSettings model_;
+    DriverOptionBlock* options_ = nullptr;  ///< of the job, in the driver's JobContext
+    AString jobName_;
+    PageFolder folder_;
+    ChannelFiles channels_;
+    int32_t channelCount_ = 4;  ///< colorants of the job's colour mode
+    int32_t lineBytes_ = 0;     ///< of one line of one channel
+    bool portIsOpen_ = false;
+};
