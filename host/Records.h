@@ -85,7 +85,7 @@ struct PrintSettings {
         if (this == &other) return *this;
         char* const duplicate = Duplicate(other.OwnedText);
         delete[] OwnedText;
-        std::memcpy(static_cast<void*>(this), &other, sizeof *this);
+        std::memcpy(static_cast<void*>(this), static_cast<const void*>(&other), sizeof *this);
         OwnedText = duplicate;
         return *this;
     }
