@@ -1,0 +1,158 @@
+#include "host/DirectoryChain.h"
+
+#include <cstddef>
+#include <unordered_set>
+
+namespace {
+
+// Tags, from the TIFF 6.0 format.
+constexpr uint64_t kImageWidth = 256;
+constexpr uint64_t kStripOffsets = 273;
+constexpr uint64_t kStripByteCounts = 279;
+constexpr uint64_t kPageNumber = 297;
+
+constexpr uint64_t kShortType = 3;
+
+/// Bytes of one value of a field type; 0 for types that number no strips.
+uint64_t NumberBytes(uint64_t type) {
+    switch (type) {
+        case kShortType:
+            return 2;
+        case 4:  // LONG
+            return 4;
+        case 16:  // LONG8, in big TIFFs
+            return 8;
+        default:
+            return 0;
+    }
+}
+
+/// Where things stand in a file: the classic form or the one with 64-bit offsets.
+struct Layout {
+    bool isBigEndian;
+    std::size_t offsetBytes;  ///< of a link, and of the value or value offset in an entry
+    std::size_t countBytes;   ///< of the entry count before a directory's entries
+    std::size_t entryBytes;
+    uint64_t headerBytes;
+
+    uint64_t Number(const uint8_t* bytes, std::size_t size) const {
+        uint64_t number = 0;
+        for (std::size_t i = 0; i < size; ++i) {
+            number = number << 8 | bytes[isBigEndian ? i : size - 1 - i];
+        }
+        return number;
+    }
+};
+
+constexpr Layout kClassic = {false, 4, 2, 12, 8};
+constexpr Layout kBig = {false, 8, 8, 20, 16};
+
+class ChainReader {
+  public:
+    explicit ChainReader(const RandomAccessFile& file) : file_(file) {}
+
+    std::vector<ContainerDirectory> Walk() {
+        std::vector<ContainerDirectory> directories;
+        uint64_t offset = 0;
+        if (!ReadHeader(offset)) return directories;
+        std::unordered_set<uint64_t> met;
+        while (offset != 0) {
+            ContainerDirectory directory;
+            directory.offset = offset;
+            uint64_t next = 0;
+            if (!met.insert(offset).second || !ReadDirectory(directory, next)) {
+                if (!directories.empty()) directories.back().hasDamagedLink = true;
+                break;
+            }
+            directories.push_back(directory);
+            offset = next;
+        }
+        return directories;
+    }
+
+  private:
+    bool Read(uint64_t offset, void* bytes, std::size_t count) const {
+        return file_.ReadAt(offset, bytes, count) == count;
+    }
+
+    bool ReadHeader(uint64_t& firstOffset) {
+        uint8_t header[16] = {};
+        if (!Read(0, header, kClassic.headerBytes)) return false;
+        const bool bigEndian = header[0] == 'M';
+        if (header[1] != header[0] || (header[0] != 'I' && !bigEndian)) return false;
+        layout_ = kClassic;
+        layout_.isBigEndian = bigEndian;
+        const uint64_t version = layout_.Number(header + 2, 2);
+        if (version == 42) {
+            firstOffset = layout_.Number(header + 4, 4);
+            return true;
+        }
+        layout_ = kBig;
+        layout_.isBigEndian = bigEndian;
+        if (version != 43 || !Read(0, header, kBig.headerBytes)) return false;
+        if (layout_.Number(header + 4, 2) != 8 || layout_.Number(header + 6, 2) != 0) return false;
+        firstOffset = layout_.Number(header + 8, 8);
+        return true;
+    }
+
+    /// Reads a directory and the link behind its entries; false when none can stand there.
+    bool ReadDirectory(ContainerDirectory& directory, uint64_t& next) {
+        uint8_t countBytes[8] = {};
+        if (directory.offset < layout_.headerBytes || directory.offset >= file_.Size() ||
+            !Read(directory.offset, countBytes, layout_.countBytes)) {
+            return false;
+        }
+        const uint64_t count = layout_.Number(countBytes, layout_.countBytes);
+        const uint64_t start = directory.offset + layout_.countBytes;
+        if (count == 0 || count > (file_.Size() - start) / layout_.entryBytes) return false;
+        const uint64_t bytes = count * layout_.entryBytes + layout_.offsetBytes;
+        // Directories stand beside each other. Ones that overlap would let a small file make
+        // this walk as long as its square.
+        directoryBytes_ += layout_.countBytes + bytes;
+        if (bytes > file_.Size() - start || directoryBytes_ > file_.Size()) return false;
+        entries_.resize(static_cast<std::size_t>(bytes));
+        if (!Read(start, entries_.data(), entries_.size())) return false;
+        next = layout_.Number(entries_.data() + bytes - layout_.offsetBytes, layout_.offsetBytes);
+        return TakeEntries(directory);
+    }
+
+    /// False when the entries are not those of an image, nor of a page.
+    bool TakeEntries(ContainerDirectory& directory) const {
+        bool hasWidth = false;
+        const uint8_t* const end = entries_.data() + entries_.size() - layout_.offsetBytes;
+        for (const uint8_t* entry = entries_.data(); entry < end; entry += layout_.entryBytes) {
+            const uint64_t tag = layout_.Number(entry, 2);
+            const uint64_t type = layout_.Number(entry + 2, 2);
+            const uint64_t count = layout_.Number(entry + 4, layout_.offsetBytes);
+            const uint8_t* const value = entry + 4 + layout_.offsetBytes;
+            if (tag == kImageWidth) hasWidth = true;
+            if (tag == kStripOffsets) directory.stripOffsetCount = Held(type, count, value);
+            if (tag == kStripByteCounts) directory.stripSizeCount = Held(type, count, value);
+            if (tag == kPageNumber && type == kShortType && count == 2) {
+                directory.pageNumber = static_cast<uint16_t>(layout_.Number(value, 2));
+                directory.pageCount = static_cast<uint16_t>(layout_.Number(value + 2, 2));
+            }
+        }
+        return hasWidth || directory.pageNumber.has_value();
+    }
+
+    /// The `count` of an array of numbers; 0 when the file does not hold it.
+    uint64_t Held(uint64_t type, uint64_t count, const uint8_t* value) const {
+        const uint64_t size = NumberBytes(type);
+        if (size == 0 || count > file_.Size() / size) return 0;
+        if (count * size <= layout_.offsetBytes) return count;
+        const uint64_t offset = layout_.Number(value, layout_.offsetBytes);
+        return offset <= file_.Size() && count * size <= file_.Size() - offset ? count : 0;
+    }
+
+    const RandomAccessFile& file_;
+    Layout layout_ = kClassic;
+    std::vector<uint8_t> entries_;  // and the link behind them
+    uint64_t directoryBytes_ = 0;   // of all directories so far
+};
+
+}  // namespace
+
+std::vector<ContainerDirectory> ReadDirectoryChain(const RandomAccessFile& file) {
+    return ChainReader(file).Walk();
+}

@@ -1,0 +1,57 @@
+#include "host/PageImage.h"
+
+#include <utility>
+
+#include "host/ContainerHandle.h"
+
+std::unique_ptr<RowSource> OpenRowSource(const RandomAccessFile& file,
+                                         const ContainerDirectory& directory,
+                                         const SeparationFormat& format) {
+    return format.compression == COMPRESSION_NONE ? OpenPlainRows(file, directory, format)
+                                                  : OpenDecodedRows(file, directory, format);
+}
+
+PageImage::Separation::Separation(const ContainerDirectory& of, SeparationFormat read)
+    : directory(of),
+      format(std::move(read)),
+      colorant(format.displayName, format.internalName, format.depth) {}
+
+std::unique_ptr<PageImage> PageImage::Open(const RandomAccessFile& file,
+                                           std::span<const ContainerDirectory> directories) {
+    std::unique_ptr<PageImage> image(new PageImage(file));
+    for (const ContainerDirectory& directory : directories) {
+        if (!image->Add(directory)) return nullptr;
+    }
+    return image->separations_.empty() ? nullptr : std::move(image);
+}
+
+bool PageImage::Add(const ContainerDirectory& directory) {
+    const ContainerHandle handle(file_, directory.offset);
+    if (handle.Tiff() == nullptr) return false;
+    std::optional<SeparationFormat> format =
+        ReadSeparationFormat(handle.Tiff(), directory, file_.Size());
+    if (!format) return false;
+    if (!separations_.empty() && (format->widthPixels != Width() || format->rows != Rows())) {
+        return false;
+    }
+    separations_.push_back(std::make_unique<Separation>(directory, std::move(*format)));
+    return true;
+}
+
+void PageImage::GetSeparations(AObList<AColorant>& separations) {
+    for (const auto& separation : separations_)
+        separations.push_back(&separation->colorant);
+}
+
+int32_t PageImage::ReadRow(uint32_t separation, int32_t row, int32_t count, uint8_t* buffer,
+                           int32_t /*reserved*/) {
+    if (separation >= separations_.size() || row < 0 || row >= Rows() || count != 1 ||
+        buffer == nullptr) {
+        return 0;
+    }
+    Separation& from = *separations_[separation];
+    if (from.rows == nullptr) from.rows = OpenRowSource(file_, from.directory, from.format);
+    if (from.rows == nullptr || !from.rows->Read(static_cast<uint32_t>(row), buffer)) return 0;
+    if (row == Rows() - 1) from.rows.reset();
+    return 1;
+}

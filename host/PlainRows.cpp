@@ -1,0 +1,103 @@
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include "host/ContainerHandle.h"
+#include "host/RowSource.h"
+
+namespace {
+
+/// A block stays in the processor's cache, and is large enough that the system's calls cost
+/// nothing beside the copying.
+constexpr uint64_t kBlockBytes = uint64_t{256} * 1024;
+
+class PlainRows final : public RowSource {
+  public:
+    PlainRows(const RandomAccessFile& file, const ContainerDirectory& directory,
+              const SeparationFormat& format)
+        : file_(file),
+          format_(format),
+          handle_(file, directory.offset),
+          rowBytes_(static_cast<std::size_t>(format.RowBytes())),
+          blockRows_(std::clamp<uint64_t>(kBlockBytes / rowBytes_, 1, uint64_t(format.rows))) {}
+
+    bool IsOpen() const { return handle_.Tiff() != nullptr; }
+
+    bool Read(uint32_t row, uint8_t* buffer) override {
+        if (row < firstRow_ || row >= firstRow_ + rowCount_) {
+            // Rows before a damaged one are still good, so a block that fails is tried as one row.
+            if (!ReadBlock(row, blockRows_) && !ReadBlock(row, 1)) return false;
+        }
+        std::memcpy(buffer, block_.data() + (row - firstRow_) * rowBytes_, rowBytes_);
+        return true;
+    }
+
+  private:
+    /// Bytes that follow each other in the file, and where they go in the block.
+    struct Stretch {
+        uint64_t offset = 0;
+        std::size_t bytes = 0;
+        std::size_t place = 0;
+    };
+
+    bool ReadBlock(uint64_t firstRow, uint64_t mostRows) {
+        const uint64_t end = std::min(firstRow + mostRows, uint64_t(format_.rows));
+        block_.resize(rowBytes_ * blockRows_);
+        rowCount_ = 0;
+        Stretch stretch;
+        for (uint64_t row = firstRow; row < end;) {
+            const uint64_t strip = row / format_.rowsPerStrip;
+            const uint64_t rows = std::min((strip + 1) * format_.rowsPerStrip, end) - row;
+            uint64_t offset = 0;
+            if (!Locate(static_cast<uint32_t>(strip), row, rows, offset)) return false;
+            if (offset != stretch.offset + stretch.bytes) {
+                if (!ReadStretch(stretch)) return false;
+                stretch = {offset, 0, stretch.place + stretch.bytes};
+            }
+            stretch.bytes += static_cast<std::size_t>(rows) * rowBytes_;
+            row += rows;
+        }
+        if (!ReadStretch(stretch)) return false;
+        firstRow_ = firstRow;
+        rowCount_ = end - firstRow;
+        return true;
+    }
+
+    /// Where `rows` rows from `row` on stand, all in `strip`; false when the strip has not so many
+    /// bytes.
+    bool Locate(uint32_t strip, uint64_t row, uint64_t rows, uint64_t& offset) {
+        int failed = 0;
+        const uint64_t start = TIFFGetStrileOffsetWithErr(handle_.Tiff(), strip, &failed);
+        if (failed != 0 || start == 0 || start >= file_.Size()) return false;
+        const uint64_t size = TIFFGetStrileByteCountWithErr(handle_.Tiff(), strip, &failed);
+        const uint64_t before = (row - uint64_t{strip} * format_.rowsPerStrip) * rowBytes_;
+        offset = start + before;
+        return failed == 0 && before + rows * rowBytes_ <= std::min(size, file_.Size() - start);
+    }
+
+    bool ReadStretch(const Stretch& stretch) {
+        uint8_t* const place = block_.data() + stretch.place;
+        if (file_.ReadAt(stretch.offset, place, stretch.bytes) != stretch.bytes) return false;
+        if (format_.isLowBitFirst) TIFFReverseBits(place, static_cast<tmsize_t>(stretch.bytes));
+        return true;
+    }
+
+    const RandomAccessFile& file_;
+    const SeparationFormat& format_;
+    ContainerHandle handle_;
+    std::size_t rowBytes_;
+    uint64_t blockRows_;
+    std::vector<uint8_t> block_;
+    uint64_t firstRow_ = 0;  // in the block
+    uint64_t rowCount_ = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<RowSource> OpenPlainRows(const RandomAccessFile& file,
+                                         const ContainerDirectory& directory,
+                                         const SeparationFormat& format) {
+    auto rows = std::make_unique<PlainRows>(file, directory, format);
+    if (!rows->IsOpen()) return nullptr;
+    return rows;
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "host/SeparationFormat.h"
+#include "platform/RandomAccessFile.h"
+
+/// Delivers one separation's rows. Holds a libtiff handle and one block of rows, whatever the
+/// height of the page.
+class RowSource {
+  public:
+    virtual ~RowSource() = default;
+    /// Reads row `row`, which the format has, into `buffer` of format.RowBytes() bytes. False when
+    /// the data is damaged or missing.
+    [[nodiscard]] virtual bool Read(uint32_t row, uint8_t* buffer) = 0;
+};
+
+/// The source that suits the separation; null when its directory cannot be read. All arguments
+/// are borrowed for the source's life.
+std::unique_ptr<RowSource> OpenRowSource(const RandomAccessFile& file,
+                                         const ContainerDirectory& directory,
+                                         const SeparationFormat& format);
+
+/// The kinds that it chooses from. Strips without compression are read in blocks of about 256 KiB,
+/// straight from the file.
+std::unique_ptr<RowSource> OpenPlainRows(const RandomAccessFile& file,
+                                         const ContainerDirectory& directory,
+                                         const SeparationFormat& format);
+/// Compressed strips, decoded one at a time: whole, or row by row where a whole strip would take
+/// more memory than a block may.
+std::unique_ptr<RowSource> OpenDecodedRows(const RandomAccessFile& file,
+                                           const ContainerDirectory& directory,
+                                           const SeparationFormat& format);
