@@ -1,6 +1,7 @@
 #include "host/DirectoryChain.h"
 
 #include <cstddef>
+#include <iterator>
 #include <unordered_set>
 
 namespace {
@@ -13,19 +14,8 @@ constexpr uint64_t kPageNumber = 297;
 
 constexpr uint64_t kShortType = 3;
 
-/// Bytes of one value of a field type; 0 for types that number no strips.
-uint64_t NumberBytes(uint64_t type) {
-    switch (type) {
-        case kShortType:
-            return 2;
-        case 4:  // LONG
-            return 4;
-        case 16:  // LONG8, in big TIFFs
-            return 8;
-        default:
-            return 0;
-    }
-}
+/// Bytes of one value of each field type, from 0; types beyond are unknown.
+constexpr uint64_t kValueBytes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4, 0, 0, 8, 8, 8};
 
 /// Where things stand in a file: the classic form or the one with 64-bit offsets.
 struct Layout {
@@ -126,8 +116,9 @@ class ChainReader {
             const uint64_t count = layout_.Number(entry + 4, layout_.offsetBytes);
             const uint8_t* const value = entry + 4 + layout_.offsetBytes;
             if (tag == kImageWidth) hasWidth = true;
-            if (tag == kStripOffsets) directory.stripOffsetCount = Held(type, count, value);
-            if (tag == kStripByteCounts) directory.stripSizeCount = Held(type, count, value);
+            if (tag == kStripOffsets) directory.stripOffsetCount = count;
+            if (tag == kStripByteCounts) directory.stripSizeCount = count;
+            if (!IsInFile(type, count, value)) directory.hasLostEntry = true;
             if (tag == kPageNumber && type == kShortType && count == 2) {
                 directory.pageNumber = static_cast<uint16_t>(layout_.Number(value, 2));
                 directory.pageCount = static_cast<uint16_t>(layout_.Number(value + 2, 2));
@@ -136,13 +127,13 @@ class ChainReader {
         return hasWidth || directory.pageNumber.has_value();
     }
 
-    /// The `count` of an array of numbers; 0 when the file does not hold it.
-    uint64_t Held(uint64_t type, uint64_t count, const uint8_t* value) const {
-        const uint64_t size = NumberBytes(type);
-        if (size == 0 || count > file_.Size() / size) return 0;
-        if (count * size <= layout_.offsetBytes) return count;
+    bool IsInFile(uint64_t type, uint64_t count, const uint8_t* value) const {
+        const uint64_t size = type < std::size(kValueBytes) ? kValueBytes[type] : 0;
+        if (size == 0) return true;  // passed over by libtiff and everybody else
+        if (count > file_.Size() / size) return false;
+        if (count * size <= layout_.offsetBytes) return true;
         const uint64_t offset = layout_.Number(value, layout_.offsetBytes);
-        return offset <= file_.Size() && count * size <= file_.Size() - offset ? count : 0;
+        return offset <= file_.Size() && count * size <= file_.Size() - offset;
     }
 
     const RandomAccessFile& file_;

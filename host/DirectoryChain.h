@@ -14,8 +14,11 @@ struct ContainerDirectory {
     uint16_t pageCount = 0;              ///< beside pageNumber; 0 for unknown
     /// Its link leads outside the file, to no directory or to one already met; the chain ends here.
     bool hasDamagedLink = false;
-    uint64_t stripOffsetCount = 0;  ///< strips that the file has an offset for
-    uint64_t stripSizeCount = 0;    ///< strips that the file has a byte count for
+    /// An entry's values stand outside the file. libtiff passes over such an entry; a separation
+    /// that lost its name that way would print as blank paper.
+    bool hasLostEntry = false;
+    uint64_t stripOffsetCount = 0;  ///< strips that the directory has an offset for
+    uint64_t stripSizeCount = 0;    ///< strips that it has a byte count for
 };
 
 /// Walks the links of a classic or big TIFF of either byte order. Empty when the file is no TIFF

@@ -49,6 +49,7 @@ uint32_t SeparationFormat::RowsOfStrip(uint32_t strip) const {
 std::optional<SeparationFormat> ReadSeparationFormat(TIFF* tiff,
                                                      const ContainerDirectory& directory,
                                                      uint64_t fileBytes) {
+    if (directory.hasLostEntry) return std::nullopt;
     const uint32_t width = LongField(tiff, TIFFTAG_IMAGEWIDTH, 0);
     const uint32_t rows = LongField(tiff, TIFFTAG_IMAGELENGTH, 0);
     const uint16_t depth = ShortField(tiff, TIFFTAG_BITSPERSAMPLE, 0);
