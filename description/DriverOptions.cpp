@@ -119,11 +119,9 @@ int32_t ReadDriverOptions(DriverOptionBlock& block, int32_t& whiteType) {
 void WriteDriverOptions(DriverOptionBlock& block, int32_t whiteType) {
     const std::optional<AFilePath> path = FindOptionsFile(block);
     AXMLTree document("RootElement");
-    if (!path || !LoadOptions(document, *path)) return;
     AXMLTreeNode options;
-    if (FindOptions(document, options)) {
-        document.setAttribute(options, kAttribute, std::to_string(whiteType));
-    }
+    if (!path || !LoadOptions(document, *path) || !FindOptions(document, options)) return;
+    document.setAttribute(options, kAttribute, std::to_string(whiteType));
     document.saveToFile(*path);  // a failed save leaves the file as it was
 }
 
