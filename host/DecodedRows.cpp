@@ -16,13 +16,16 @@ constexpr uint64_t kMostStripBytes = uint64_t{4} * 1024 * 1024;
 class UntouchedRow {
   public:
     /// Rows with different `flip` differ in every byte.
-    UntouchedRow(std::size_t rowBytes, uint8_t flip) : content_(rowBytes) {
+    UntouchedRow(const SeparationFormat& format, uint8_t flip)
+        : content_(static_cast<std::size_t>(format.RowBytes())) {
         // A linear congruential sequence (Numerical Recipes' multiplier and increment).
         uint32_t state = 1;
         for (uint8_t& byte : content_) {
             state = state * 1664525U + 1013904223U;
             byte = static_cast<uint8_t>(state >> 24) ^ flip;
         }
+        // Decoders that write bits leave those behind the row's last pixel as they were.
+        content_.back() = static_cast<uint8_t>(content_.back() & (0xFF << format.SpareBits()));
     }
     void PutInto(uint8_t* row) const { std::memcpy(row, content_.data(), content_.size()); }
     bool Is(const uint8_t* row) const {
@@ -41,7 +44,7 @@ class StripRows final : public RowSource {
         : format_(format),
           handle_(file, directory.offset),
           rowBytes_(static_cast<std::size_t>(format.RowBytes())),
-          untouched_{UntouchedRow(rowBytes_, 0), UntouchedRow(rowBytes_, 0xFF)},
+          untouched_{UntouchedRow(format, 0), UntouchedRow(format, 0xFF)},
           strip_(rowBytes_ * format.rowsPerStrip) {}
 
     bool IsOpen() const { return handle_.Tiff() != nullptr; }
@@ -63,6 +66,7 @@ class StripRows final : public RowSource {
         uint8_t* const lastRow = strip_.data() + bytes - rowBytes_;
         // A row may happen to look untouched, but not in two different ways.
         for (const UntouchedRow& untouched : untouched_) {
+            if (format_.SpareBits() != 0) std::fill(strip_.begin(), strip_.end(), uint8_t{0});
             untouched.PutInto(lastRow);
             handle_.Client().ForgetComplaints();
             const tmsize_t decoded = TIFFReadEncodedStrip(handle_.Tiff(), strip, strip_.data(),
@@ -89,9 +93,7 @@ class ScanlineRows final : public RowSource {
   public:
     ScanlineRows(const RandomAccessFile& file, const ContainerDirectory& directory,
                  const SeparationFormat& format)
-        : format_(format),
-          handle_(file, directory.offset),
-          untouched_(static_cast<std::size_t>(format.RowBytes()), 0) {}
+        : format_(format), handle_(file, directory.offset), untouched_(format, 0) {}
 
     bool IsOpen() const { return handle_.Tiff() != nullptr; }
 

@@ -20,6 +20,10 @@ struct SeparationFormat {
 
     /// Bytes of one packed row.
     uint64_t RowBytes() const { return (uint64_t(widthPixels) * depth + 7) / 8; }
+    /// Bits of a row's last byte that belong to no pixel: the low ones.
+    int SpareBits() const {
+        return static_cast<int>(RowBytes() * 8 - uint64_t(widthPixels) * depth);
+    }
     /// Rows that strip `strip` holds: fewer in the last one.
     uint32_t RowsOfStrip(uint32_t strip) const;
 };
