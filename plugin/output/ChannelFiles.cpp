@@ -35,15 +35,16 @@ std::unique_ptr<ExportBitmap> ChannelFiles::CreateExporter(const AString& fileNa
     return exporter;
 }
 
-void ChannelFiles::Open(uint32_t separation, int32_t channel, const AString& name) {
+bool ChannelFiles::Open(uint32_t separation, int32_t channel, const AString& name) {
     const bool first = !shape_.lineInterleaved || open_.empty();
     if (first) {
-        if (!FlushReversed()) Raise(kOutputFailed);
+        if (!FlushReversed()) return false;
         open_.clear();
     }
     open_.push_back({separation, CreateExporter(naming_.FileName(channel, name))});
     // Without the temporary file the channel is written top line first.
     if (first && shape_.bottomLineFirst) reversed_.Start(reversedPath_);
+    return true;
 }
 
 ChannelFiles::OpenChannel* ChannelFiles::Find(uint32_t separation) {

@@ -37,8 +37,9 @@ class ChannelFiles {
     void MarkWritten(int32_t channel);
 
     /// Completes the file before it and opens the file of `channel` (-1: the job name; `name`: a
-    /// pattern in place of the channel's own) for the lines of `separation`.
-    void Open(uint32_t separation, int32_t channel, const AString& name);
+    /// pattern in place of the channel's own) for the lines of `separation`. False when lines of
+    /// the file before it were lost, see FlushReversed.
+    [[nodiscard]] bool Open(uint32_t separation, int32_t channel, const AString& name);
     /// Takes the next line of the separation; false when it cannot be written.
     bool WriteLine(uint32_t separation, const uint8_t* line);
     /// Whether the lines are gathered for now, and a failed WriteLine was the gathering's.

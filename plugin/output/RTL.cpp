@@ -235,8 +235,7 @@ int32_t RTL::MarkChannelUsed(uint32_t separation) {
 }
 
 int32_t RTL::OpenChannelFile(uint32_t separation, int32_t channel, const AString& name) {
-    if (!channels_.FlushReversed()) RaiseWriteDataError();
-    channels_.Open(separation, channel, name);
+    if (!channels_.Open(separation, channel, name)) RaiseWriteDataError();
     return 1;
 }
 
