@@ -17,5 +17,5 @@ for preset in release sanitize; do
     }
     cmake --build --preset "$preset" -- --quiet
     echo "== $preset: testing"
-    ctest --preset "$preset" --parallel 2 --progress
+    ctest --preset "$preset" --parallel 2
 done

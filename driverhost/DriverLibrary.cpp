@@ -1,0 +1,39 @@
+#include "driverhost/DriverLibrary.h"
+
+#include <fmt/format.h>
+
+#include "driverhost/HostError.h"
+#include "platform/Program.h"
+
+namespace {
+
+#ifdef _WIN32
+constexpr char kLibraryName[] = "OutputDriver.dll";
+#else
+constexpr char kLibraryName[] = "libOutputDriver.so";
+#endif
+
+}  // namespace
+
+DriverLibrary::DriverLibrary() {
+    const std::string path = ProgramFolder() + '/' + kLibraryName;
+    library_ = LoadLibraryA(path.c_str());
+    if (library_ == nullptr)
+        throw HostError(kFailed, fmt::format("cannot load the driver {}", path));
+    createDriver_ = GetProcAddress(library_, "createNewPrinterDriver");
+    if (createDriver_ == nullptr) {
+        FreeLibrary(library_);
+        throw HostError(kFailed, fmt::format("{} is no output driver", path));
+    }
+}
+
+DriverLibrary::~DriverLibrary() {
+    FreeLibrary(library_);
+}
+
+std::unique_ptr<DriverInterface> DriverLibrary::CreateDriver() const {
+    const auto create = reinterpret_cast<DriverInterface* (*)()>(createDriver_);
+    std::unique_ptr<DriverInterface> driver(create());
+    if (!driver) throw HostError(kFailed, "the driver cannot be created");
+    return driver;
+}

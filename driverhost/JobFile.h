@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+#include "driverhost/Capabilities.h"
+#include "host/Records.h"
+
+/// What a job is printed with: the job file's header, and in a small JSON file beside it what the
+/// header has no field for.
+struct JobSettings {
+    std::string Model;
+    std::string SourceName;  ///< the document's file name, without folders
+    double XResolution = 0;  ///< dots per inch
+    double YResolution = 0;
+    PrintChoice Choice;
+    /// False when the file beside the job is missing: medium, print mode and resolution are then
+    /// not known.
+    bool HasChoice = false;
+};
+
+/// The files of a job.
+std::filesystem::path ContainerOf(const std::filesystem::path& job);
+std::filesystem::path SettingsOf(const std::filesystem::path& job);
+
+/// Write the two small files of a job. Throw HostError when a write fails.
+void WriteJobHeader(const std::filesystem::path& file, const JobSettings& settings);
+void WriteJobSettings(const std::filesystem::path& file, const JobSettings& settings);
+
+/// Reads a job's header and the settings beside it. Throws HostError for a file that is missing,
+/// too short or not written as above.
+JobSettings ReadJob(const std::filesystem::path& job);

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "driverhost/Capabilities.h"
+#include "driverhost/Container.h"
+#include "driverhost/OutputFiles.h"
+#include "driverhost/Progress.h"
+
+/// One job on its way through the driver, and what its pages left on disk.
+class JobRun {
+  public:
+    enum class Ending { kDone, kFailed, kInterrupted };
+
+    /// Borrows everything. `before` is the output folder as it was.
+    JobRun(DriverInterface& driver, const std::vector<ContainerPage>& pages, int32_t channelCount,
+           const std::filesystem::path& folder, const Listing& before);
+
+    /// Whether each page of several gets a folder of its own. File names carry no page number, so
+    /// in one folder each page replaces the files of the one before.
+    void UseFolders(bool perPage);
+
+    /// Opens the job and its port. Throws HostError when the driver refuses either.
+    void Open(const std::filesystem::path& job, const PrintChoice& choice,
+              const std::string& sourceName);
+    /// Runs step after step. An interrupt aborts the job.
+    Ending ToEnd();
+
+    /// Why the job failed.
+    const std::string& Failure() const { return failure_; }
+    /// One entry per page that was begun.
+    const std::vector<PageFaults>& Faults() const { return faults_; }
+
+  private:
+    /// What the next step does, as the driver's steps follow each other.
+    enum class Phase { kPageStart, kBands, kPageEnd };
+
+    void NoteStep(Progress& progress, double seconds);
+    void CheckPageFiles();
+    std::string FailureText() const;
+
+    DriverInterface& driver_;
+    const std::vector<ContainerPage>& pages_;
+    int32_t channelCount_;
+    const std::filesystem::path& folder_;
+    const Listing& before_;
+    JobStatusRecord status_ = {};
+    std::vector<int32_t> tilePages_;
+    std::vector<int32_t> tilePlaces_;  ///< zeros: a page of its own stands in no grid
+    Phase phase_ = Phase::kPageStart;
+    int32_t page_ = 0;
+    std::string failure_;
+    std::vector<PageFaults> faults_;
+};

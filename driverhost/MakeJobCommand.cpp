@@ -1,0 +1,152 @@
+#include "driverhost/MakeJobCommand.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <set>
+#include <system_error>
+
+#include "driverhost/Container.h"
+#include "driverhost/DriverLibrary.h"
+#include "driverhost/HostError.h"
+#include "driverhost/JobFile.h"
+#include "driverhost/PageSeparator.h"
+#include "driverhost/Rasterizer.h"
+#include "driverhost/WorkFolder.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// PageNumber holds two 16-bit numbers.
+constexpr std::size_t kMostPages = UINT16_MAX;
+
+ChosenPrint AskDriver(const MakeJobOptions& options) {
+    const DriverLibrary library;
+    const std::unique_ptr<DriverInterface> driver = library.CreateDriver();
+    ChosenPrint chosen = Choose(Capabilities(*driver, options.Model), options.Choice);
+    if (chosen.Mode.Colorants.empty())
+        throw HostError(kFailed,
+                        fmt::format("colour mode \"{}\" has no colorants", chosen.Mode.Name));
+    for (const ColorantInfo& colorant : chosen.Mode.Colorants)
+        if (const uint32_t bits = colorant.ColorDepth;
+            bits != 1 && bits != 2 && bits != 4 && bits != 8)
+            throw HostError(kFailed, fmt::format("colorant {} has {} bits, which no job can hold",
+                                                 colorant.InternalName, bits));
+    if (!(chosen.Resolution.XResolution >= 1 && chosen.Resolution.YResolution >= 1))
+        throw HostError(kFailed,
+                        fmt::format("resolution {} is no resolution", chosen.Resolution.ID));
+    return chosen;
+}
+
+void CheckJobPath(const fs::path& job) {
+    std::error_code error;
+    if (fs::is_directory(job, error))
+        throw HostError(kUsage, fmt::format("{} is a folder", job.string()));
+    if (!fs::is_directory(job.parent_path(), error))
+        throw HostError(kFailed, fmt::format("there is no folder {}", job.parent_path().string()));
+    if (job.string().size() >= sizeof JobStatusRecord::JobFilePath)
+        throw HostError(kUsage, fmt::format("a job's path has at most {} bytes",
+                                            sizeof JobStatusRecord::JobFilePath - 1));
+}
+
+std::vector<PageSize> SizesOf(const std::vector<PdfPage>& pages, const ResolutionItem& resolution) {
+    if (pages.size() > kMostPages)
+        throw HostError(
+            kFailed, fmt::format("the PDF has {} pages; a job holds {}", pages.size(), kMostPages));
+    std::vector<PageSize> sizes;
+    for (const PdfPage& page : pages) {
+        const PageSize size = {PixelsOf(page.WidthPoints, resolution.XResolution),
+                               PixelsOf(page.HeightPoints, resolution.YResolution)};
+        if (size.Width < 1 || size.Rows < 1 || size.Width > kMostPageSide ||
+            size.Rows > kMostPageSide)
+            throw HostError(
+                kFailed, fmt::format("page {} measures {} x {} points, {} x {} pixels; a page has "
+                                     "1 to {} pixels a side",
+                                     sizes.size() + 1, page.WidthPoints, page.HeightPoints,
+                                     size.Width, size.Rows, kMostPageSide));
+        sizes.push_back(size);
+    }
+    return sizes;
+}
+
+int64_t ContainerBytes(const std::vector<PageSize>& sizes, const ColorMode& mode) {
+    int64_t bytes = 0;
+    for (const PageSize& size : sizes)
+        for (const ColorantInfo& colorant : mode.Colorants)
+            bytes +=
+                size.Rows * PackedRowBytes(size.Width, static_cast<int32_t>(colorant.ColorDepth));
+    return bytes;
+}
+
+/// Says each thing once however many pages it concerns.
+class Warnings {
+  public:
+    void Add(const std::string& text) {
+        if (said_.insert(text).second) fmt::print(stderr, "driverhost: warning: {}\n", text);
+    }
+    void AddPlan(const InkPlan& plan, const std::string& mode) {
+        for (const std::string& ink : plan.MixedSpots)
+            Add(
+                fmt::format("colour mode \"{}\" has no channel for the spot ink \"{}\"; it is "
+                            "printed with process inks",
+                            mode, ink));
+        for (const std::string& ink : plan.LostInks)
+            Add(fmt::format("colour mode \"{}\" has no channel for {}; it is left out", mode, ink));
+    }
+
+  private:
+    std::set<std::string> said_;
+};
+
+void MoveIntoPlace(const fs::path& from, const fs::path& to) {
+    std::error_code error;
+    fs::rename(from, to, error);
+    if (error)
+        throw HostError(kFailed, fmt::format("cannot write {}: {}", to.string(), error.message()));
+}
+
+}  // namespace
+
+void MakeJob(const MakeJobOptions& options) {
+    const fs::path input = fs::absolute(options.Input);
+    const fs::path job = fs::absolute(options.Job);
+    CheckJobPath(job);
+    const ChosenPrint chosen = AskDriver(options);
+
+    const WorkFolder work(job);
+    Rasterizer rasterizer(input, work.Path(), std::chrono::seconds(options.TimeoutSeconds));
+    const std::vector<PdfPage> pages = rasterizer.ReadPages();
+    const std::vector<PageSize> sizes = SizesOf(pages, chosen.Resolution);
+
+    const fs::path container = work.Path() / "pages.tif";
+    ContainerWriter writer(container, ContainerBytes(sizes, chosen.Mode));
+    PageSeparator separator(rasterizer, writer, work.Path(), chosen, options.BandPixels);
+    Warnings warnings;
+    for (std::size_t i = 0; i < pages.size(); ++i) {
+        const InkPlan plan = PlanInks(chosen.Mode.Colorants, pages[i].Spots);
+        warnings.AddPlan(plan, chosen.Mode.Name);
+        for (const std::string& complaint : separator.WritePage(i, pages.size(), sizes[i], plan))
+            warnings.Add(fmt::format("page {}: Ghostscript: {}", i + 1, complaint));
+        fmt::print("page {} of {}: {} x {} pixels, {} separations\n", i + 1, pages.size(),
+                   sizes[i].Width, sizes[i].Rows, chosen.Mode.Colorants.size());
+        std::fflush(stdout);
+    }
+    writer.Close();
+
+    JobSettings settings;
+    settings.Model = options.Model;
+    settings.SourceName = input.filename().string();
+    settings.XResolution = chosen.Resolution.XResolution;
+    settings.YResolution = chosen.Resolution.YResolution;
+    settings.Choice = chosen.Choice;
+    WriteJobHeader(work.Path() / "job", settings);
+    WriteJobSettings(work.Path() / "settings.json", settings);
+    MoveIntoPlace(work.Path() / "settings.json", SettingsOf(job));
+    MoveIntoPlace(container, ContainerOf(job));
+    MoveIntoPlace(work.Path() / "job", job);  // last: a job file has its other files beside it
+    fmt::print("{}: {} pages for {}, {} x {} dpi, {}\n", options.Job, pages.size(), options.Model,
+               settings.XResolution, settings.YResolution, chosen.Mode.Name);
+}

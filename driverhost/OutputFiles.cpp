@@ -1,0 +1,99 @@
+#include "driverhost/OutputFiles.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <set>
+#include <system_error>
+
+#include "driverhost/TextCompare.h"
+#include "driverhost/TiffFile.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string ExtensionOf(const std::string& file) {
+    return fs::path(file).extension().string();
+}
+
+bool IsTiff(const std::string& file) {
+    const std::string extension = ExtensionOf(file);
+    return SameIgnoringCase(extension, ".tif") || SameIgnoringCase(extension, ".tiff");
+}
+
+bool IsCompleteTiff(const fs::path& path, const PageExpectation& expected) {
+    const TiffFile tiff = OpenTiff(path, "rm");
+    if (!tiff) return false;
+    uint32_t width = 0;
+    uint32_t rows = 0;
+    uint16_t bits = 1;
+    TIFFGetField(tiff.get(), TIFFTAG_IMAGEWIDTH, &width);
+    TIFFGetField(tiff.get(), TIFFTAG_IMAGELENGTH, &rows);
+    TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_BITSPERSAMPLE, &bits);
+    if (rows != expected.Rows || bits != expected.Bits ||
+        width != (expected.WidthPixels + 31) / 32 * 32 || TIFFIsTiled(tiff.get()) != 0)
+        return false;
+    std::vector<uint8_t> line(static_cast<std::size_t>(TIFFScanlineSize64(tiff.get())));
+    return TIFFReadScanline(tiff.get(), line.data(), rows - 1) == 1;
+}
+
+bool IsComplete(const fs::path& folder, const std::string& file, const FileState& state,
+                const PageExpectation& expected) {
+    if (IsTiff(file)) return IsCompleteTiff(folder / file, expected);
+    return state.Bytes == static_cast<std::uintmax_t>(expected.Rows) *
+                              static_cast<std::uintmax_t>(expected.LineBytes());
+}
+
+}  // namespace
+
+Listing ListFiles(const fs::path& folder) {
+    Listing listing;
+    std::error_code error;
+    for (fs::recursive_directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        std::error_code gone;  // somebody else's file may go at any time
+        if (!entry->is_regular_file(gone) || gone) continue;
+        const FileState state = {entry->file_size(gone), entry->last_write_time(gone)};
+        if (!gone) listing[entry->path().lexically_relative(folder).string()] = state;
+    }
+    return listing;
+}
+
+Listing ChangedFiles(const Listing& before, const Listing& after) {
+    Listing changed;
+    for (const auto& [path, state] : after) {
+        const auto old = before.find(path);
+        if (old == before.end() || !(old->second == state)) changed.emplace(path, state);
+    }
+    return changed;
+}
+
+Listing FilesOfTile(const Listing& files, int32_t tile) {
+    const std::string suffix = fmt::format("-tile{}", tile);
+    Listing found;
+    for (const auto& [path, state] : files)
+        for (const fs::path& component : fs::path(path).parent_path())
+            if (component.string().ends_with(suffix)) found.emplace(path, state);
+    return found;
+}
+
+PageFaults CheckPage(const fs::path& folder, const Listing& files,
+                     const PageExpectation& expected) {
+    PageFaults faults;
+    std::set<std::string> channelExtensions;
+    std::set<std::string> complete;
+    for (const auto& [file, state] : files) {
+        if (!IsComplete(folder, file, state, expected)) continue;
+        complete.insert(file);
+        channelExtensions.insert(ExtensionOf(file));
+    }
+    for (const auto& [file, state] : files) {
+        const bool channel =
+            channelExtensions.empty() || channelExtensions.contains(ExtensionOf(file));
+        if (channel && !complete.contains(file)) faults.ShortFiles.push_back(file);
+    }
+    const std::size_t found = complete.size() + faults.ShortFiles.size();
+    faults.MissingChannels = std::max(expected.ChannelCount - static_cast<int32_t>(found), 0);
+    return faults;
+}

@@ -1,0 +1,131 @@
+#include "driverhost/PageSeparator.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <system_error>
+
+#include "driverhost/HostError.h"
+#include "platform/Program.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// One plate of a source, and what each of its amounts adds to the channel.
+class PartReader {
+  public:
+    PartReader(const std::vector<PlateBand>& bands, const PlatePart& part, int64_t width)
+        : plate_(bands, part.Plate, width), row_(static_cast<std::size_t>(width)) {
+        for (std::size_t amount = 0; amount < amounts_.size(); ++amount)
+            amounts_[amount] = AmountOf(part.Part, static_cast<uint8_t>(amount));
+    }
+
+    void AddRow(std::span<uint8_t> sum) {
+        plate_.ReadRow(row_);
+        for (std::size_t x = 0; x < sum.size(); ++x)
+            sum[x] = static_cast<uint8_t>(std::min(sum[x] + amounts_[row_[x]], 255));
+    }
+
+  private:
+    PlateReader plate_;
+    std::vector<uint8_t> row_;
+    std::array<uint8_t, 256> amounts_ = {};
+};
+
+}  // namespace
+
+PageSeparator::PageSeparator(Rasterizer& rasterizer, ContainerWriter& container,
+                             const fs::path& workFolder, const ChosenPrint& chosen,
+                             int64_t bandPixels)
+    : rasterizer_(rasterizer),
+      container_(container),
+      workFolder_(workFolder),
+      chosen_(chosen),
+      bandPixels_(bandPixels) {
+    for (std::size_t ink = 0; ink < chosen.Mode.Colorants.size(); ++ink)
+        matrices_.emplace_back(ink);
+}
+
+std::vector<std::string> PageSeparator::WritePage(std::size_t page, std::size_t pageCount,
+                                                  const PageSize& size, const InkPlan& plan) {
+    const std::vector<std::string> complaints = MakeBands(page, size, plan);
+    SeparationHeader header;
+    header.WidthPixels = size.Width;
+    header.Rows = size.Rows;
+    header.XResolution = chosen_.Resolution.XResolution;
+    header.YResolution = chosen_.Resolution.YResolution;
+    header.Page = static_cast<int32_t>(page);
+    header.PageCount = static_cast<int32_t>(pageCount);
+    for (std::size_t i = 0; i < chosen_.Mode.Colorants.size(); ++i) {
+        const ColorantInfo& colorant = chosen_.Mode.Colorants[i];
+        header.Bits = static_cast<int32_t>(colorant.ColorDepth);
+        header.InternalName = colorant.InternalName;
+        header.DisplayName = colorant.DisplayName;
+        try {
+            WriteSeparation(header, plan.Sources[i], matrices_[i]);
+        } catch (const HostError& error) {
+            throw HostError(error.Status(), fmt::format("page {}: {}", page + 1, error.what()));
+        }
+    }
+    RemoveBands();
+    return complaints;
+}
+
+std::vector<std::string> PageSeparator::MakeBands(std::size_t page, const PageSize& size,
+                                                  const InkPlan& plan) {
+    bands_.clear();
+    if (!plan.NeedsSeparations && !plan.NeedsGray) return {};
+    // A height of whole screens, as a rasteriser that screens would need it too.
+    const int64_t side = ThresholdMatrix::kSide;
+    const int64_t bandRows = std::max(bandPixels_ / size.Width / side, int64_t{1}) * side;
+    std::vector<std::string> complaints;
+    BandRequest request;
+    request.PageNumber = static_cast<int32_t>(page) + 1;
+    request.XResolution = chosen_.Resolution.XResolution;
+    request.YResolution = chosen_.Resolution.YResolution;
+    request.WidthPixels = size.Width;
+    request.PageRows = size.Rows;
+    for (int64_t row = 0; row < size.Rows; row += request.RowCount) {
+        request.FirstRow = row;
+        request.RowCount = std::min(bandRows, size.Rows - row);
+        bands_.push_back({workFolder_ / fmt::format("band{}", bands_.size()), request.RowCount});
+        std::error_code error;
+        fs::create_directory(bands_.back().Folder, error);
+        if (error)
+            throw HostError(kFailed, fmt::format("cannot write to {}: {}", workFolder_.string(),
+                                                 error.message()));
+        const std::vector<std::string> more =
+            rasterizer_.MakePlates(request, plan, bands_.back().Folder);
+        complaints.insert(complaints.end(), more.begin(), more.end());
+    }
+    return complaints;
+}
+
+void PageSeparator::RemoveBands() {
+    std::error_code ignored;  // the work folder goes at the end in any case
+    for (const PlateBand& band : bands_)
+        fs::remove_all(band.Folder, ignored);
+}
+
+void PageSeparator::WriteSeparation(const SeparationHeader& header, const InkSource& source,
+                                    const ThresholdMatrix& matrix) {
+    std::vector<std::unique_ptr<PartReader>> parts;
+    for (const PlatePart& part : source)
+        parts.push_back(std::make_unique<PartReader>(bands_, part, header.WidthPixels));
+    std::vector<uint8_t> amounts(static_cast<std::size_t>(header.WidthPixels));
+    std::vector<uint8_t> packed(
+        static_cast<std::size_t>(PackedRowBytes(header.WidthPixels, header.Bits)));
+    container_.BeginSeparation(header);
+    for (int64_t row = 0; row < header.Rows; ++row) {
+        if (InterruptNoted()) throw HostError(kAborted, "interrupted");
+        std::fill(amounts.begin(), amounts.end(), uint8_t{0});
+        for (const std::unique_ptr<PartReader>& part : parts)
+            part->AddRow(amounts);
+        HalftoneRow(amounts, header.Bits, matrix, row, packed);
+        container_.WriteRow(packed);
+    }
+    container_.EndSeparation();
+}

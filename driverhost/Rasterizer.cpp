@@ -1,0 +1,216 @@
+#include "driverhost/Rasterizer.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+#include <thread>
+
+#include "driverhost/HostError.h"
+#include "driverhost/WorkFolder.h"
+#include "platform/Program.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// More than any document's page report or any run's complaints; a run that writes more is
+/// stopped.
+constexpr std::uintmax_t kMostLogBytes = 64 << 20;
+
+/// The marker stands within the first bytes of every PDF (ISO 32000, annex H).
+constexpr std::size_t kMarkerBytes = 1024;
+
+void CheckDocument(const fs::path& pdf) {
+    std::error_code error;
+    const fs::file_status status = fs::status(pdf, error);
+    if (!fs::exists(status))
+        throw HostError(kFailed, fmt::format("{} does not exist", pdf.string()));
+    if (!fs::is_regular_file(status))
+        throw HostError(kFailed, fmt::format("{} is no file", pdf.string()));
+    std::ifstream file(pdf, std::ios::binary);
+    if (!file) throw HostError(kFailed, fmt::format("{} cannot be read", pdf.string()));
+    std::string head(kMarkerBytes, '\0');
+    file.read(head.data(), static_cast<std::streamsize>(head.size()));
+    head.resize(static_cast<std::size_t>(file.gcount()));
+    // The rasteriser would run a file of another kind as a program.
+    if (head.empty()) throw HostError(kFailed, fmt::format("{} is empty", pdf.string()));
+    if (head.find("%PDF-") == std::string::npos)
+        throw HostError(kFailed, fmt::format("{} is no PDF", pdf.string()));
+}
+
+std::string ReadLog(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+/// Printable, in one line, of a length that a person reads.
+std::string Readable(std::string_view line) {
+    constexpr std::size_t kMost = 160;
+    line = line.substr(0, std::min(line.size(), kMost));
+    const std::size_t first = std::min(line.find_first_not_of("* \t"), line.size());
+    std::string text(line.substr(first));
+    std::replace_if(
+        text.begin(), text.end(), [](char character) { return character >= 0 && character < ' '; },
+        '?');
+    return text;
+}
+
+/// The lines of a log that complain.
+std::vector<std::string> ComplaintsIn(const std::string& log) {
+    std::vector<std::string> lines;
+    std::size_t start = 0;
+    while (start < log.size()) {
+        const std::size_t end = std::min(log.find('\n', start), log.size());
+        const std::string_view line = std::string_view(log).substr(start, end - start);
+        if (line.find("Error") != std::string_view::npos ||
+            line.find("rror: ") != std::string_view::npos ||
+            line.find("skipping one or more") != std::string_view::npos)
+            lines.push_back(Readable(line));
+        start = end + 1;
+    }
+    return lines;
+}
+
+std::string HexName(const std::string& name) {
+    std::string hex;
+    for (const char character : name)
+        hex += fmt::format("{:02X}", static_cast<unsigned char>(character));
+    return '<' + hex + "> cvn";
+}
+
+/// Set-up that the page device keeps: the spot inks that get plates, and the band's place.
+std::string SetUp(const BandRequest& band, const InkPlan& plan) {
+    std::string names;
+    for (const std::string& spot : plan.KeptSpots)
+        names += HexName(spot) + ' ';
+    // The page's foot stands at the origin; rows count from its top.
+    const int64_t rowsBelow = band.PageRows - band.FirstRow - band.RowCount;
+    const double pointsBelow = static_cast<double>(rowsBelow) * 72.0 / band.YResolution;
+    return fmt::format(
+        "<< /SeparationColorNames [ {}]\n   /Install {{ 0 {:.9f} translate }} bind\n>> "
+        "setpagedevice\n",
+        names, pointsBelow == 0 ? 0.0 : -pointsBelow);
+}
+
+}  // namespace
+
+Rasterizer::Rasterizer(const fs::path& pdf, const fs::path& workFolder,
+                       std::chrono::seconds timeout)
+    : workFolder_(workFolder), document_(workFolder / "document.pdf"), timeout_(timeout) {
+    CheckDocument(pdf);
+    // Under a name of ours no letter of the document's own path can mean anything to the
+    // rasteriser.
+    std::error_code error;
+    fs::create_symlink(fs::canonical(pdf, error), document_, error);
+    if (!error) fs::create_directory(workFolder / "tmp", error);
+    if (error)
+        throw HostError(
+            kFailed, fmt::format("cannot write to {}: {}", workFolder.string(), error.message()));
+}
+
+std::vector<std::string> Rasterizer::CommonArguments() const {
+    return {"gs", "-q", "-dSAFER", "-dBATCH", "-dNOPAUSE", "-dPDFSTOPONERROR"};
+}
+
+std::vector<PdfPage> Rasterizer::ReadPages() {
+    std::vector<std::string> arguments = CommonArguments();
+    arguments.insert(arguments.end(), {"-dNODISPLAY", "-dPDFINFO", document_.filename().string()});
+    return ParsePageReport(RunToEnd(arguments, workFolder_, "reading the pages"));
+}
+
+std::vector<std::string> Rasterizer::MakePlates(const BandRequest& band, const InkPlan& plan,
+                                                const fs::path& folder) {
+    complaints_.clear();
+    if (plan.NeedsSeparations) Separate(band, plan, folder, "tiffsep");
+    if (plan.NeedsGray) Separate(band, plan, folder, "tiffgray");
+    return complaints_;
+}
+
+void Rasterizer::Separate(const BandRequest& band, const InkPlan& plan, const fs::path& folder,
+                          const char* device) {
+    const bool gray = std::string_view(device) == "tiffgray";
+    {
+        std::ofstream setUp(folder / "setup.ps", std::ios::binary);
+        setUp << SetUp(band, plan);
+        setUp.close();
+        if (!setUp) throw HostError(kFailed, fmt::format("cannot write to {}", folder.string()));
+    }
+    std::vector<std::string> arguments = CommonArguments();
+    // Media fixed to the band's pixels: the page keeps its place and nothing is scaled. Spot inks
+    // beyond those kept are converted to process inks.
+    arguments.insert(
+        arguments.end(),
+        {fmt::format("-sDEVICE={}", device), "-dTIFFDateTime=false", "-sCompression=pack",
+         fmt::format("-r{}x{}", band.XResolution, band.YResolution),
+         fmt::format("-g{}x{}", band.WidthPixels, band.RowCount), "-dFIXEDMEDIA", "-dUseCropBox",
+         fmt::format("-dFirstPage={}", band.PageNumber),
+         fmt::format("-dLastPage={}", band.PageNumber),
+         fmt::format("-sOutputFile={}", gray ? "plate(Gray).tif" : "plate.tif")});
+    if (!gray) arguments.push_back(fmt::format("-dMaxSpots={}", plan.KeptSpots.size()));
+    arguments.insert(arguments.end(), {"setup.ps", "../" + document_.filename().string()});
+    const std::string log = RunToEnd(arguments, folder, fmt::format("page {}", band.PageNumber));
+    const std::vector<std::string> complaints = ComplaintsIn(log);
+    complaints_.insert(complaints_.end(), complaints.begin(), complaints.end());
+    // The composite picture is as large as all process plates together, and nobody reads it.
+    std::error_code ignored;
+    fs::remove(folder / "plate.tif", ignored);
+}
+
+std::string Rasterizer::RunToEnd(const std::vector<std::string>& arguments, const fs::path& folder,
+                                 const std::string& what) {
+    const fs::path log = workFolder_ / "log.txt";
+    ChildProcess process;
+    const fs::path temporary = fs::relative(workFolder_ / "tmp", folder);
+    if (!process.Launch({arguments,
+                         folder.string(),
+                         log.string(),
+                         // Options of the user's own would change what comes out.
+                         {{"TMPDIR", temporary.string()}, {"GS_OPTIONS", ""}, {"GS_DEVICE", ""}}}))
+        throw HostError(kFailed, "cannot start Ghostscript (gs); is it installed?");
+    WaitFor(process, what);
+    const std::string text = ReadLog(log);
+    if (process.Result() != 0) {
+        if (text.find("requires a password") != std::string::npos) ParsePageReport(text);
+        const std::vector<std::string> complaints = ComplaintsIn(text);
+        throw HostError(
+            kFailed,
+            fmt::format("Ghostscript failed at {} (exit status {}): {}", what, process.Result(),
+                        complaints.empty() ? "no reason given" : complaints.front()));
+    }
+    return text;
+}
+
+void Rasterizer::WaitFor(ChildProcess& process, const std::string& what) {
+    using Clock = std::chrono::steady_clock;
+    constexpr std::chrono::milliseconds kPoll(5);
+    constexpr std::chrono::milliseconds kMeasure(250);
+    Clock::time_point progress = Clock::now();
+    Clock::time_point measured = progress;
+    std::uintmax_t bytes = 0;
+    while (!process.HasEnded()) {
+        if (InterruptNoted()) {
+            process.Kill();
+            throw HostError(kAborted, "interrupted");
+        }
+        std::this_thread::sleep_for(kPoll);
+        const Clock::time_point now = Clock::now();
+        if (now - measured < kMeasure) continue;
+        measured = now;
+        const std::uintmax_t current = FolderBytes(workFolder_);
+        if (current != bytes) progress = now;
+        bytes = current;
+        std::error_code absent;
+        const std::uintmax_t logBytes = fs::file_size(workFolder_ / "log.txt", absent);
+        const bool floods = !absent && logBytes > kMostLogBytes;
+        if (now - progress <= timeout_ && !floods) continue;
+        process.Kill();
+        throw HostError(kFailed, floods ? fmt::format("Ghostscript floods its log at {}", what)
+                                        : fmt::format("Ghostscript made no progress for {} s at "
+                                                      "{} and was stopped",
+                                                      timeout_.count(), what));
+    }
+}

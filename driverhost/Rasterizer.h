@@ -1,0 +1,54 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "driverhost/InkPlan.h"
+#include "driverhost/PdfPages.h"
+#include "platform/ChildProcess.h"
+
+/// One band of a page to be rasterised.
+struct BandRequest {
+    int32_t PageNumber = 1;  ///< counted from 1, as the rasteriser does
+    double XResolution = 0;  ///< dots per inch
+    double YResolution = 0;
+    int64_t WidthPixels = 0;
+    int64_t PageRows = 0;
+    int64_t FirstRow = 0;  ///< from the page's top
+    int64_t RowCount = 0;
+};
+
+/// Runs Ghostscript on one document: without a shell, without input, in a folder of its own that
+/// also holds its temporary files, and not longer than it makes progress.
+class Rasterizer {
+  public:
+    /// `workFolder` is emptied by its owner. `timeout` is the longest time that a run may go on
+    /// without writing anything. Throws HostError when the document cannot be read or is no PDF.
+    Rasterizer(const std::filesystem::path& pdf, const std::filesystem::path& workFolder,
+               std::chrono::seconds timeout);
+
+    /// Sizes and spot inks of all pages.
+    std::vector<PdfPage> ReadPages();
+
+    /// Makes the plates of one band in `folder`, which must exist: one 8-bit TIFF per ink, named
+    /// plate(INK).tif, and plate(Gray).tif. Answers the rasteriser's own complaints, a line each.
+    /// A success means that the runs ended well, not that the plates are whole.
+    std::vector<std::string> MakePlates(const BandRequest& band, const InkPlan& plan,
+                                        const std::filesystem::path& folder);
+
+  private:
+    std::vector<std::string> CommonArguments() const;
+    void Separate(const BandRequest& band, const InkPlan& plan, const std::filesystem::path& folder,
+                  const char* device);
+    std::string RunToEnd(const std::vector<std::string>& arguments,
+                         const std::filesystem::path& folder, const std::string& what);
+    void WaitFor(ChildProcess& process, const std::string& what);
+
+    std::filesystem::path workFolder_;
+    std::filesystem::path document_;
+    std::chrono::seconds timeout_;
+    std::vector<std::string> complaints_;
+};

@@ -1,0 +1,52 @@
+#include "platform/Program.h"
+
+#include <signal.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+
+namespace {
+
+volatile sig_atomic_t interruptNoted = 0;
+
+void NoteInterrupt(int) {
+    interruptNoted = 1;
+}
+
+}  // namespace
+
+std::string ProgramFolder() {
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    return error ? std::string() : program.parent_path().string();
+}
+
+void SetEnvironment(const char* name, const char* value) {
+    setenv(name, value, 1);
+}
+
+std::string CreatePrivateFolder(const std::string& prefix) {
+    std::string path = prefix + "XXXXXX";
+    return mkdtemp(path.data()) == nullptr ? std::string() : path;
+}
+
+bool IsTerminal(std::FILE* stream) {
+    return isatty(fileno(stream)) != 0;
+}
+
+void NoteInterrupts() {
+    struct sigaction action = {};
+    action.sa_handler = NoteInterrupt;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+        sigaction(signal, &action, nullptr);
+    action.sa_handler = SIG_IGN;
+    sigaction(SIGXFSZ, &action, nullptr);
+}
+
+bool InterruptNoted() {
+    return interruptNoted != 0;
+}
