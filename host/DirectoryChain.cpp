@@ -8,6 +8,8 @@ namespace {
 
 // Tags, from the TIFF 6.0 format.
 constexpr uint64_t kImageWidth = 256;
+constexpr uint64_t kStripOffsets = 273;
+constexpr uint64_t kStripByteCounts = 279;
 constexpr uint64_t kPageNumber = 297;
 
 constexpr uint64_t kShortType = 3;
@@ -114,6 +116,8 @@ class ChainReader {
             const uint64_t count = layout_.Number(entry + 4, layout_.offsetBytes);
             const uint8_t* const value = entry + 4 + layout_.offsetBytes;
             if (tag == kImageWidth) hasWidth = true;
+            if (tag == kStripOffsets) directory.stripOffsetCount = count;
+            if (tag == kStripByteCounts) directory.stripSizeCount = count;
             if (!IsInFile(type, count, value)) directory.hasLostEntry = true;
             if (tag == kPageNumber && type == kShortType && count == 2) {
                 directory.pageNumber = static_cast<uint16_t>(layout_.Number(value, 2));

@@ -17,6 +17,8 @@ struct ContainerDirectory {
     /// An entry's values stand outside the file. libtiff passes over such an entry; a separation
     /// that lost its name that way would print as blank paper.
     bool hasLostEntry = false;
+    uint64_t stripOffsetCount = 0;  ///< strips that the directory has an offset for
+    uint64_t stripSizeCount = 0;    ///< strips that it has a byte count for
 };
 
 /// Walks the links of a classic or big TIFF of either byte order. Empty when the file is no TIFF

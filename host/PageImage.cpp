@@ -7,6 +7,10 @@
 std::unique_ptr<RowSource> OpenRowSource(const RandomAccessFile& file,
                                          const ContainerDirectory& directory,
                                          const SeparationFormat& format) {
+    // With fewer strips than its rows fill, the height or the strips' is wrong, and a row that can
+    // be read need not be the one that was asked for.
+    const uint64_t strips = format.StripCount();
+    if (directory.stripOffsetCount < strips || directory.stripSizeCount < strips) return nullptr;
     return format.compression == COMPRESSION_NONE ? OpenPlainRows(file, directory, format)
                                                   : OpenDecodedRows(file, directory, format);
 }

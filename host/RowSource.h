@@ -16,8 +16,8 @@ class RowSource {
     [[nodiscard]] virtual bool Read(uint32_t row, uint8_t* buffer) = 0;
 };
 
-/// The source that suits the separation; null when its directory cannot be read. All arguments
-/// are borrowed for the source's life.
+/// The source that suits the separation; null when its directory cannot be read or has not as many
+/// strips as the rows fill. All arguments are borrowed for the source's life.
 std::unique_ptr<RowSource> OpenRowSource(const RandomAccessFile& file,
                                          const ContainerDirectory& directory,
                                          const SeparationFormat& format);

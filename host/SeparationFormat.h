@@ -24,6 +24,8 @@ struct SeparationFormat {
     int SpareBits() const {
         return static_cast<int>(RowBytes() * 8 - uint64_t(widthPixels) * depth);
     }
+    /// Strips that the rows fill.
+    uint64_t StripCount() const { return (uint64_t(rows) + rowsPerStrip - 1) / rowsPerStrip; }
     /// Rows that strip `strip` holds: fewer in the last one.
     uint32_t RowsOfStrip(uint32_t strip) const;
 };
