@@ -147,6 +147,7 @@ void MakeJob(const MakeJobOptions& options) {
     MoveIntoPlace(work.Path() / "settings.json", SettingsOf(job));
     MoveIntoPlace(container, ContainerOf(job));
     MoveIntoPlace(work.Path() / "job", job);  // last: a job file has its other files beside it
-    fmt::print("{}: {} pages for {}, {} x {} dpi, {}\n", options.Job, pages.size(), options.Model,
-               settings.XResolution, settings.YResolution, chosen.Mode.Name);
+    fmt::print("{}: {} page{} for {}, {} x {} dpi, {}\n", options.Job, pages.size(),
+               pages.size() == 1 ? "" : "s", options.Model, settings.XResolution,
+               settings.YResolution, chosen.Mode.Name);
 }

@@ -1,0 +1,88 @@
+#!/usr/bin/env python3
+"""Makes docs/demo.png from the channel files that demo.sh leaves: the inks printed over each other,
+and each channel by itself.
+
+    scripts/make-picture.py build/demo/printed/roll/harbour/harbour docs/demo.png
+"""
+import struct
+import sys
+import zlib
+
+SCALE = 3  # pixels of the channels that become one pixel of the picture
+INKS = {"C": (0, 255, 255), "M": (255, 0, 255), "Y": (255, 255, 0), "K": (0, 0, 0)}
+GAP = 6
+
+
+def read_channel(path):
+    """Width, height and rows of an uncompressed one-bit channel file."""
+    data = open(path, "rb").read()
+    order = "<" if data[:2] == b"II" else ">"
+    (offset,) = struct.unpack_from(order + "I", data, 4)
+    (count,) = struct.unpack_from(order + "H", data, offset)
+    tags = {}
+    for i in range(count):
+        tag, kind, number = struct.unpack_from(order + "HHI", data, offset + 2 + 12 * i)
+        letter = {3: "H", 4: "I"}.get(kind)
+        if letter is None:
+            continue
+        size = struct.calcsize(letter) * number
+        at = offset + 10 + 12 * i
+        if size > 4:
+            (at,) = struct.unpack_from(order + "I", data, at)
+        tags[tag] = struct.unpack_from(order + letter * number, data, at)
+    if tags[258][0] != 1 or tags.get(259, (1,))[0] != 1:
+        sys.exit(f"{path} is no uncompressed one-bit channel")
+    pixels = b"".join(data[o:o + n] for o, n in zip(tags[273], tags[279]))
+    line = tags[256][0] // 8
+    return tags[256][0], tags[257][0], [pixels[y * line:(y + 1) * line] for y in range(tags[257][0])]
+
+
+def shrink(channel):
+    """Ink coverage, 0 to 1, of squares of SCALE pixels."""
+    width, height, rows = channel
+    bits = [bin(int.from_bytes(row, "big") | 1 << width)[3:] for row in rows]
+    return [[sum(bits[y * SCALE + k].count("1", x * SCALE, (x + 1) * SCALE) for k in range(SCALE))
+             / SCALE ** 2 for x in range(width // SCALE)] for y in range(height // SCALE)]
+
+
+def tinted(coverages):
+    """The colour of inks printed over each other on white paper."""
+    color = [255.0, 255.0, 255.0]
+    for ink, coverage in coverages.items():
+        for i in range(3):
+            color[i] *= 1 - coverage * (1 - INKS[ink][i] / 255)
+    return bytes(int(value + 0.5) for value in color)
+
+
+def write_png(path, width, rows):
+    def chunk(kind, body):
+        return (struct.pack(">I", len(body)) + kind + body
+                + struct.pack(">I", zlib.crc32(kind + body)))
+    body = zlib.compress(b"".join(b"\0" + row for row in rows), 9)
+    with open(path, "wb") as file:
+        file.write(b"\x89PNG\r\n\x1a\n"
+                   + chunk(b"IHDR", struct.pack(">IIBBBBB", width, len(rows), 8, 2, 0, 0, 0))
+                   + chunk(b"IDAT", body) + chunk(b"IEND", b""))
+
+
+def main():
+    prefix, target = sys.argv[1:]
+    channels = {ink: shrink(read_channel(f"{prefix}_{ink}.tif")) for ink in INKS}
+    height, width = len(channels["C"]), len(channels["C"][0])
+    picture = [b"".join(tinted({ink: channels[ink][y][x] for ink in INKS}) for x in range(width))
+               for y in range(height)]
+    # Below, every second pixel of each channel in its own colour.
+    white = b"\xff\xff\xff"
+    small = (width - 3 * GAP) // 4
+    step = width / small
+    picture += [white * width] * GAP
+    for row in range(int(height / step)):
+        y = int(row * step)
+        parts = [b"".join(tinted({ink: channels[ink][y][int(x * step)]}) for x in range(small))
+                 for ink in INKS]
+        line = (white * GAP).join(parts)
+        picture.append(line + white * (width - len(line) // 3))
+    write_png(target, width, picture)
+
+
+main()
