@@ -28,6 +28,8 @@ class TestFolder {
     AFilePath Path(std::string_view name) const { return AFilePath(Name(name)); }
 
     AFilePath Write(std::string_view name, std::string_view bytes) const {
+        // A new file: some file systems wait for the disk when an old one is cut and rewritten.
+        std::filesystem::remove(folder_ / name);
         std::ofstream(folder_ / name, std::ios::binary)
             .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
         return Path(name);
