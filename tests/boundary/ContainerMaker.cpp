@@ -53,8 +53,8 @@ Page NumberedPage(uint32_t width, uint32_t height, int separationCount, uint32_t
 }
 
 void WriteContainer(const std::filesystem::path& path, const std::vector<Page>& pages,
-                    const AlterDirectory& alter, const char* mode) {
-    TIFF* const tiff = TIFFOpen(path.c_str(), mode);
+                    const AlterDirectory& alter) {
+    TIFF* const tiff = TIFFOpen(path.c_str(), "w");
     bool written = tiff != nullptr;
     for (std::size_t p = 0; written && p < pages.size(); ++p) {
         for (std::size_t s = 0; written && s < pages[p].Separations.size(); ++s) {
@@ -66,6 +66,7 @@ void WriteContainer(const std::filesystem::path& path, const std::vector<Page>& 
             const auto rowBytes = static_cast<std::size_t>(TIFFScanlineSize(tiff));
             uint32_t rows = 0;
             TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &rows);
+            rows = std::min(rows, pages[p].Height);
             for (uint32_t y = 0; written && !TIFFIsTiled(tiff) && y < rows; ++y) {
                 const std::size_t at = y * RowBytes(pages[p].Width, separation.Depth);
                 row = separation.Rows.substr(std::min(at, separation.Rows.size()), rowBytes);

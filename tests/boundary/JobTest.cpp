@@ -119,16 +119,6 @@ INSTANTIATE_TEST_SUITE_P(
                (tested.param.IsReversed ? "Reversed" : "Forward") + tested.param.Extension;
     });
 
-// The file in the output folder is the last page's when pages share one; a shorter page leaves
-// nothing of a longer one behind.
-TEST_F(JobTest, PagesThatShareAFolder) {
-    const std::vector<Page> pages = {NumberedPage(40, 9, 2, 1), NumberedPage(20, 4, 2, 2)};
-    ASSERT_TRUE(Print(NumberedModel(2, "CreateFolder=\"no\"", "raw"), pages));
-    EXPECT_EQ(Output("Proof_C1.raw"), ChannelBytes(pages[1], 0));
-    EXPECT_EQ(Output("Proof_C2.raw"), ChannelBytes(pages[1], 1));
-    EXPECT_EQ(Listing(folder.Out()).size(), 2u);
-}
-
 TEST_F(JobTest, MoreChannelsThanThePageFlagsOnce) {
     for (const char* rules : {"TypeRead=\"LINE_BY_LINE\"", "TypeRead=\"\""}) {
         Page page = NumberedPage(50, 7, 40, 8);
@@ -245,22 +235,6 @@ TEST_F(JobTest, JobsOneAfterAnotherOnOneDriver) {
     }
 }
 
-// The container's kinds: the preferred name, else the fallback.
-TEST_F(JobTest, FallbackContainer) {
-    folder.InstallModel(kModelName, Describe(NumberedModel(2, "CreateFolder=\"No\"", "raw")));
-    const Page page = NumberedPage(10, 3, 2, 1);
-    MakeJob({page});
-    std::filesystem::rename(Container(), folder.Jobs() / "job.tif");
-    Job fallback(driver, JobFile());
-    ASSERT_TRUE(fallback.Print(folder.Out(), "Proof.ps"));
-    EXPECT_EQ(Output("Proof_C1.raw"), ChannelBytes(page, 0));
-    const Page preferred = NumberedPage(10, 3, 2, 2);
-    WriteContainer(Container(), {preferred});
-    Job job(driver, JobFile());
-    ASSERT_TRUE(job.Print(folder.Out(), "Proof.ps"));
-    EXPECT_EQ(Output("Proof_C1.raw"), ChannelBytes(preferred, 0));
-}
-
 TEST_F(JobTest, TileFolders) {
     struct Row {
         int32_t RecordVersion, TileCount;
@@ -317,16 +291,6 @@ TEST_F(JobTest, LastTileTakesTheRest) {
     }
     EXPECT_EQ(job.Step(), 1);
     EXPECT_TRUE(job.HasEnded());
-}
-
-TEST_F(JobTest, HeaderIsReadAgainOnDemand) {
-    folder.InstallModel(kModelName, Describe(NumberedModel(2, "CreateFolder=\"No\"", "raw")));
-    Job job = MakeJob({NumberedPage(10, 3, 2, 1)});
-    ASSERT_EQ(job.Open(), 1);
-    EXPECT_EQ(driver.Call(kReadJobHeader), 1);
-    ASSERT_EQ(job.Port(folder.Out(), "Proof.ps"), 1);
-    job.Run();
-    EXPECT_EQ(Output("Proof_C1.raw").size(), 4u * 3u);
 }
 
 // A job opened while another is in the middle of a page replaces it.

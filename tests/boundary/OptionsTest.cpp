@@ -41,20 +41,6 @@ class OptionsTest : public BoundaryTest {
     PrintSettings settings = Settings(kModelName);
 };
 
-TEST_F(OptionsTest, EnsureGivesAFileOnlyOnce) {
-    DriverOptionBlock block{};
-    EXPECT_EQ(driver.Call(kEnsureDriverOptions, &block), 1);
-    ExpectNewFile(block);
-    const DriverOptionBlock before = block;
-    EXPECT_EQ(driver.Call(kEnsureDriverOptions, &block), 1);
-    EXPECT_TRUE(Same(block, before));
-    EXPECT_EQ(Listing(folder.Options()).size(), 1u);
-
-    DriverOptionBlock gone = Block(3, "QL_DROP_gone.xml");  // what it names is not looked at
-    EXPECT_EQ(driver.Call(kEnsureDriverOptions, &gone), 1);
-    EXPECT_TRUE(Same(gone, Block(3, "QL_DROP_gone.xml")));
-}
-
 // Without a window system and a script the dialog ends as cancelled.
 TEST_F(OptionsTest, ModesOfTheOptionsCall) {
     struct Row {
@@ -86,18 +72,6 @@ TEST_F(OptionsTest, ModesOfTheOptionsCall) {
     EXPECT_TRUE(folder.Messages().empty());
 }
 
-TEST_F(OptionsTest, OnlyTheFileInTheSettingsFolderIsReplaced) {
-    for (const char* place : {"ICCProfile/OptionsDrivers", "Devices/OptionsDrivers"}) {
-        std::filesystem::create_directories(folder.Base() / place);
-        WriteText(folder.Base() / place / "QL_DROP_old.xml", "kept");
-    }
-    DriverOptionBlock block = Block(3, "QL_DROP_old.xml");
-    EXPECT_EQ(Show(block, kCreateNew), 1);
-    ExpectNewFile(block);
-    EXPECT_EQ(ReadText(folder.Base() / "ICCProfile/OptionsDrivers/QL_DROP_old.xml"), "kept");
-    EXPECT_EQ(ReadText(folder.Base() / "Devices/OptionsDrivers/QL_DROP_old.xml"), "kept");
-}
-
 TEST_F(OptionsTest, ManufacturerOfTheStoredSettings) {
     DriverOptionBlock block = Block(3, "QL_DROP_x.xml");
     SetText(settings.ManufacturerName, "Maker A");
@@ -117,12 +91,6 @@ TEST_F(OptionsTest, ManufacturerOfTheStoredSettings) {
     EXPECT_STREQ(unnamed.ManufacturerName, "Maker B");
 }
 
-TEST_F(OptionsTest, SettingsAreCopiedWithTheirOwnedText) {
-    settings.OwnedText = new char[5]{'t', 'e', 'x', 't', '\0'};
-    for (int i = 0; i < 3; ++i)
-        EXPECT_EQ(driver.Call(kSetPrintSettings, &settings), 1);
-}
-
 TEST_F(OptionsTest, BlocksDifferByTheirFirstByte) {
     DriverOptionBlock a = Block(3, "QL_DROP_a.xml");
     DriverOptionBlock b = Block(3, "QL_DROP_b.xml");
@@ -130,46 +98,6 @@ TEST_F(OptionsTest, BlocksDifferByTheirFirstByte) {
     b = a;
     b.Kind = 0;
     EXPECT_EQ(driver.Call(kAreOptionsDifferent, &a, &b), 1);
-}
-
-TEST_F(OptionsTest, TextForms) {
-    std::string digits;
-    for (int i = 0; i < 200; ++i) {
-        constexpr char kDigits[] = "0123456789abcdefABCDEF";
-        digits += kDigits[i % 22];
-        digits += kDigits[(i * 7 + 3) % 22];
-    }
-    std::string all;
-    for (std::size_t i = 0; i < 400; i += 2) {
-        all += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
-    }
-    const std::string zeros(200, '\0');
-    const std::string kept(200, '\x5a');
-    const auto ends = [&](const std::string& start) { return start + zeros.substr(start.size()); };
-    struct Row {
-        std::string Text;
-        std::string Bytes;
-    };
-    const Row rows[] = {
-        {"DriverOptionBinary=" + digits, all},
-        {"x=y;DriverOptionBinary[0] =" + digits + "ff;z=1", all},
-        {"DriverOptionBinary=03514c", ends("\x03QL")},
-        {"DriverOptionBinary=03514", ends("\x03Q\x04")},
-        {"DriverOptionBinary=zz5g0xg1", ends(std::string("\0\5\0\0", 4))},
-        {"DriverOptionBinary=", zeros},
-        {"DriverOptionBinary 0351", kept},
-        {"=0351 DriverOptionBinary", kept},
-        {"driveroptionbinary=0351", kept},
-        {"", kept},
-    };
-    for (const Row& row : rows) {
-        DriverOptionBlock block{};
-        std::memset(static_cast<void*>(&block), 0x5a, sizeof block);
-        EXPECT_EQ(driver.Call(kDecodeDriverOptions, row.Text.c_str(), &block, &settings), 1);
-        const std::string bytes(reinterpret_cast<const char*>(&block), sizeof block);
-        EXPECT_EQ(bytes.substr(0, 200), row.Bytes) << row.Text;
-        EXPECT_EQ(bytes.substr(200), std::string(56, '\x5a')) << row.Text;
-    }
 }
 
 TEST_F(OptionsTest, AJobReplacesAFileThatIsGone) {
@@ -210,23 +138,6 @@ TEST_F(OptionsTest, NamesWithSeparators) {
         std::filesystem::remove(folder.Options() / block.FileName);
         EXPECT_EQ(Listing(folder.Root()), before) << name;
     }
-}
-
-TEST_F(OptionsTest, AFileThatCannotBeReadKeepsItsContent) {
-    WriteText(folder.Options() / "QL_DROP_x.xml", "no xml");
-    JobChoices choices;
-    choices.Options = Block(3, "QL_DROP_x.xml");
-    ASSERT_TRUE(MakeJob({NumberedPage(8, 2, 4, 1)}, choices).Print(folder.Out(), "Proof.ps"));
-    EXPECT_EQ(ReadText(folder.Options() / "QL_DROP_x.xml"), "no xml");
-}
-
-TEST_F(OptionsTest, WithoutAnOptionsFolderTheBlockStillGetsAName) {
-    std::filesystem::remove_all(folder.Base() / "Jobs and Settings");
-    DriverOptionBlock block{};
-    EXPECT_EQ(driver.Call(kEnsureDriverOptions, &block), 1);
-    EXPECT_EQ(block.Kind, 3);
-    EXPECT_EQ(std::string(block.FileName).substr(0, 8), "QL_DROP_");
-    EXPECT_FALSE(std::filesystem::exists(folder.Base() / "Jobs and Settings"));
 }
 
 TEST_F(OptionsTest, ANameThatFillsTheBlock) {
