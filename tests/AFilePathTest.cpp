@@ -130,8 +130,8 @@ TEST(FileHandle, ReadsWritesAndMoves) {
     const std::string backslashed = folder.Name("") + "sub\\file";
     CreateDirectoryA(folder.Name("sub").c_str(), nullptr);
     EXPECT_EQ(CreateDirectoryA(folder.Name("sub").c_str(), nullptr), FALSE);
-    const HANDLE file = CreateFileA(backslashed.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
-                                    OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    HANDLE file = CreateFileA(backslashed.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                              OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     ASSERT_NE(file, INVALID_HANDLE_VALUE);
     DWORD done = 0;
     EXPECT_NE(WriteFile(file, "0123456789", 10, &done, nullptr), FALSE);

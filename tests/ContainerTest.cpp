@@ -245,7 +245,8 @@ struct Damage {
     const char* states;
 };
 
-Change Link(std::size_t from, std::function<std::size_t(const std::vector<DirectoryPlace>&)> to) {
+Change Link(std::size_t from,
+            const std::function<std::size_t(const std::vector<DirectoryPlace>&)>& to) {
     return [from, to](std::string& bytes, const std::vector<DirectoryPlace>& places) {
         PutNumber(bytes, places[from].link, 4, static_cast<uint32_t>(to(places)));
     };

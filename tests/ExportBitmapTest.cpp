@@ -26,7 +26,7 @@ struct Channel {
 std::string Line(const Channel& channel, uint32_t line) {
     std::string bytes(channel.LineBytes(), '\0');
     for (std::size_t i = 0; i < bytes.size(); ++i) {
-        bytes[i] = static_cast<char>(i * 13 + line * 7 + (line >> 8) + 1);
+        bytes[i] = static_cast<char>(i * 13 + std::size_t{line} * 7 + (line >> 8) + 1);
     }
     return bytes;
 }
@@ -278,7 +278,8 @@ TEST(ExportBitmap, PassesFourGibibytesAsBigTiff) {
         }
         const std::string bytes = folder.Read("x.tif");
         EXPECT_EQ(bytes.substr(0, 4).find(version) != std::string::npos, true) << height;
-        EXPECT_EQ(TiffPixels(folder.Name("x.tif"), channel, 20), std::string(20 * 16384, 'x'));
+        EXPECT_EQ(TiffPixels(folder.Name("x.tif"), channel, 20),
+                  std::string(std::size_t{20} * 16384, 'x'));
     }
 }
 

@@ -8,7 +8,7 @@ std::vector<uint8_t> PlateRow(const Plate& plate, std::size_t position, uint32_t
     std::vector<uint8_t> bytes((uint64_t{plate.width} * plate.bits + 7) / 8);
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         // Runs of some length, so that every compression has something to do; never blank.
-        bytes[i] = static_cast<uint8_t>((i / 3 + row * 7 + position * 31) * 37 + 1);
+        bytes[i] = static_cast<uint8_t>((i / 3 + std::size_t{row} * 7 + position * 31) * 37 + 1);
     }
     const uint64_t spareBits = bytes.size() * 8 - uint64_t{plate.width} * plate.bits;
     bytes.back() = static_cast<uint8_t>(bytes.back() & (0xFF << spareBits));
