@@ -14,6 +14,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
+/// Rows that a band is rasterised beyond its own, above and below: the rasteriser places a letter
+/// that its picture cuts up to a pixel away from where it places a whole one.
+constexpr int64_t kMarginRows = 512;
+
 /// One plate of a source, and what each of its amounts adds to the channel.
 class PartReader {
   public:
@@ -80,7 +84,11 @@ std::vector<std::string> PageSeparator::MakeBands(std::size_t page, const PageSi
     if (!plan.NeedsSeparations && !plan.NeedsGray) return {};
     // A height of whole screens, as a rasteriser that screens would need it too.
     const int64_t side = ThresholdMatrix::kSide;
-    const int64_t bandRows = std::max(bandPixels_ / size.Width / side, int64_t{1}) * side;
+    const int64_t mostRows = bandPixels_ / size.Width;
+    const int64_t margin = std::min(kMarginRows, mostRows / 4);
+    const int64_t bandRows = mostRows >= size.Rows
+                                 ? size.Rows
+                                 : std::max((mostRows - 2 * margin) / side, int64_t{1}) * side;
     std::vector<std::string> complaints;
     BandRequest request;
     request.PageNumber = static_cast<int32_t>(page) + 1;
@@ -88,10 +96,12 @@ std::vector<std::string> PageSeparator::MakeBands(std::size_t page, const PageSi
     request.YResolution = chosen_.Resolution.YResolution;
     request.WidthPixels = size.Width;
     request.PageRows = size.Rows;
-    for (int64_t row = 0; row < size.Rows; row += request.RowCount) {
-        request.FirstRow = row;
-        request.RowCount = std::min(bandRows, size.Rows - row);
-        bands_.push_back({workFolder_ / fmt::format("band{}", bands_.size()), request.RowCount});
+    for (int64_t row = 0; row < size.Rows; row += bandRows) {
+        const int64_t end = std::min(row + bandRows, size.Rows);
+        request.FirstRow = std::max(row - margin, int64_t{0});
+        request.RowCount = std::min(end + margin, size.Rows) - request.FirstRow;
+        bands_.push_back({workFolder_ / fmt::format("band{}", bands_.size()), request.RowCount,
+                          row - request.FirstRow, end - request.FirstRow});
         std::error_code error;
         fs::create_directory(bands_.back().Folder, error);
         if (error)

@@ -17,9 +17,9 @@ struct PageSize {
     int64_t Rows = 0;
 };
 
-/// Longest side of a page: half an ocean of paper at any resolution, and a band of one screen's
-/// height still stays below the rasteriser's limit.
-inline constexpr int64_t kMostPageSide = 10'000'000;
+/// Longest side of a page: 88 m at 1440 dpi. A band of one screen's height with its margins still
+/// stays below the rasteriser's limit.
+inline constexpr int64_t kMostPageSide = 5'000'000;
 
 /// Makes the separations of one page after the other: has the plates rasterised band by band,
 /// then reads, splits and halftones them row by row into the container.

@@ -54,7 +54,10 @@ struct PlateReader::File {
 
 PlateReader::PlateReader(const std::vector<PlateBand>& bands, std::string plate,
                          int64_t widthPixels)
-    : bands_(bands), plate_(std::move(plate)), widthPixels_(widthPixels) {}
+    : bands_(bands),
+      plate_(std::move(plate)),
+      widthPixels_(widthPixels),
+      skipped_(static_cast<std::size_t>(widthPixels)) {}
 
 PlateReader::~PlateReader() = default;
 
@@ -79,27 +82,34 @@ void PlateReader::OpenBand() {
     TIFFGetFieldDefaulted(tiff, TIFFTAG_BITSPERSAMPLE, &bits);
     TIFFGetFieldDefaulted(tiff, TIFFTAG_SAMPLESPERPIXEL, &samples);
     TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &photometric);
-    if (width != widthPixels_ || rows != band.RowCount)
+    if (width != widthPixels_ || rows != band.PlateRows)
         throw HostError(kFailed, fmt::format("the plate of {} is {} x {} pixels instead of {} x {}",
-                                             plate_, width, rows, widthPixels_, band.RowCount));
+                                             plate_, width, rows, widthPixels_, band.PlateRows));
     if (bits != 8 || samples != 1 || TIFFIsTiled(tiff) != 0 ||
         TIFFScanlineSize64(tiff) != static_cast<uint64_t>(widthPixels_))
         throw HostError(kFailed, fmt::format("the plate of {} is of an unknown kind", plate_));
     file_->ZeroIsInk = photometric == PHOTOMETRIC_MINISBLACK;
-    row_ = 0;
+    for (row_ = 0; row_ < band.FirstRow; ++row_)
+        ReadPlateRow(skipped_);
+}
+
+void PlateReader::ReadPlateRow(std::span<uint8_t> amounts) {
+    if (TIFFReadScanline(file_->Tiff.get(), amounts.data(), static_cast<uint32_t>(row_)) != 1)
+        throw HostError(kFailed, fmt::format("the plate of {} ends early, at row {} of {}; is the "
+                                             "disk full?",
+                                             plate_, row_, bands_[band_].PlateRows));
 }
 
 void PlateReader::ReadRow(std::span<uint8_t> amounts) {
     if (!file_) OpenBand();
-    if (TIFFReadScanline(file_->Tiff.get(), amounts.data(), static_cast<uint32_t>(row_)) != 1)
-        throw HostError(kFailed, fmt::format("the plate of {} ends early, at row {} of {}; is the "
-                                             "disk full?",
-                                             plate_, row_, bands_[band_].RowCount));
+    ReadPlateRow(amounts);
     if (file_->ZeroIsInk)
         for (uint8_t& amount : amounts)
             amount = static_cast<uint8_t>(~amount);
-    if (++row_ == bands_[band_].RowCount) {
-        file_.reset();
-        ++band_;
-    }
+    if (++row_ < bands_[band_].EndRow) return;
+    // What follows only shows that the plate is whole.
+    for (; row_ < bands_[band_].PlateRows; ++row_)
+        ReadPlateRow(skipped_);
+    file_.reset();
+    ++band_;
 }

@@ -13,7 +13,9 @@
 /// One band of a page on disk: the rasteriser's plates and the rows they hold.
 struct PlateBand {
     std::filesystem::path Folder;
-    int64_t RowCount = 0;
+    int64_t PlateRows = 0;  ///< rows of its plates
+    int64_t FirstRow = 0;   ///< the first of them that counts
+    int64_t EndRow = 0;     ///< one past the last that counts
 };
 
 /// Reads the rows of one ink of a page from top to bottom, band after band, as ink amounts: 0
@@ -33,12 +35,14 @@ class PlateReader {
   private:
     struct File;
     void OpenBand();
+    void ReadPlateRow(std::span<uint8_t> amounts);
 
     const std::vector<PlateBand>& bands_;
     std::string plate_;
     int64_t widthPixels_;
+    std::vector<uint8_t> skipped_;  ///< one row
     std::size_t band_ = 0;
-    int64_t row_ = 0;  ///< within the band
+    int64_t row_ = 0;  ///< within the plate
     std::unique_ptr<File> file_;
 };
 

@@ -87,13 +87,14 @@ std::string SetUp(const BandRequest& band, const InkPlan& plan) {
     std::string names;
     for (const std::string& spot : plan.KeptSpots)
         names += HexName(spot) + ' ';
-    // The page's foot stands at the origin; rows count from its top.
+    // The page's foot stands at the last row of the picture, which a band moves by whole pixels: a
+    // distance in points would round, and edges would fall elsewhere than in the whole page.
     const int64_t rowsBelow = band.PageRows - band.FirstRow - band.RowCount;
-    const double pointsBelow = static_cast<double>(rowsBelow) * 72.0 / band.YResolution;
     return fmt::format(
-        "<< /SeparationColorNames [ {}]\n   /Install {{ 0 {:.9f} translate }} bind\n>> "
-        "setpagedevice\n",
-        names, pointsBelow == 0 ? 0.0 : -pointsBelow);
+        "<< /SeparationColorNames [ {}]\n"
+        "   /Install {{ matrix currentmatrix dup 5 2 copy get {} add put setmatrix }} bind\n"
+        ">> setpagedevice\n",
+        names, rowsBelow);
 }
 
 }  // namespace
