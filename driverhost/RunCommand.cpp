@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 namespace {
 
 fs::path PrepareFolder(const std::string& folder) {
-    const fs::path path = fs::absolute(folder).lexically_normal();
+    fs::path path = fs::absolute(folder).lexically_normal();
     std::error_code error;
     if (!fs::is_directory(path, error)) {
         if (fs::exists(path, error))

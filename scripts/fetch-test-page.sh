@@ -16,7 +16,11 @@ fi
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
-if ! apt-get download cups-filters >log 2>&1; then
+# The package lists may be old or, in a fresh container, missing.
+as_root=()
+[ "$(id -u)" -eq 0 ] || as_root=(sudo)
+if ! apt-get download cups-filters >log 2>&1 &&
+    ! { "${as_root[@]}" apt-get update && apt-get download cups-filters; } >log 2>&1; then
     cat log >&2
     echo "fetch-test-page: cannot download the package cups-filters" >&2
     exit 1

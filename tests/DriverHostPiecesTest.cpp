@@ -12,6 +12,7 @@
 #include "driverhost/InkPlan.h"
 #include "driverhost/OutputFiles.h"
 #include "driverhost/PdfPages.h"
+#include "driverhost/Plates.h"
 #include "driverhost/Progress.h"
 #include "driverhost/WorkFolder.h"
 
@@ -235,6 +236,20 @@ TEST(OutputFiles, TellsShortAndMissingChannelsFromOtherFiles) {
     write("a_W.tif", 160);  // no TIFF for all its name
     const Listing tiff = {{"a_W.tif", {160, {}}}};
     EXPECT_EQ(CheckPage(folder.Path(), tiff, expected).ShortFiles.size(), 1U);
+}
+
+TEST(Plates, FindsAnInkByItsEncodedName) {
+    const WorkFolder folder(std::filesystem::temp_directory_path() / "driverhost-test");
+    const std::pair<const char*, const char*> cases[] = {
+        {"plate(White).tif", "White"},
+        {"plate(Gr%C3%BCn%2FA (b) %2541).tif", "Gr\xC3\xBCn/A (b) %41"},
+        {"plate(50%).tif", "50%"},
+    };
+    for (const auto& [file, ink] : cases) {
+        std::ofstream(folder.Path() / file) << 'x';
+        EXPECT_EQ(FindPlate(folder.Path(), ink), folder.Path() / file);
+    }
+    EXPECT_TRUE(FindPlate(folder.Path(), "white").empty());
 }
 
 TEST(OutputFiles, FindsTheFolderOfATile) {
