@@ -17,7 +17,8 @@ std::string CreatePrivateFolder(const std::string& prefix);
 /// Whether a person watches what the stream receives.
 bool IsTerminal(std::FILE* stream);
 
-/// From here on an interrupt (Ctrl-C) or a request to end is noted instead of ending the program;
-/// a second one ends it. A file that grows beyond a limit gives a failed write, no signal.
+/// From here on an interrupt (Ctrl-C) or a request to end is noted instead of ending the program,
+/// however often it comes: some tools send it twice. A file that grows beyond a limit gives a
+/// failed write, no signal.
 void NoteInterrupts();
 bool InterruptNoted();

@@ -40,7 +40,7 @@ void NoteInterrupts() {
     struct sigaction action = {};
     action.sa_handler = NoteInterrupt;
     sigemptyset(&action.sa_mask);
-    action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
+    action.sa_flags = SA_RESTART;
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
         sigaction(signal, &action, nullptr);
     action.sa_handler = SIG_IGN;
