@@ -190,7 +190,7 @@ TEST_F(ContainerFaultsTest, PageNumbers) {
     struct Row {
         std::vector<int> Numbers;  // of three pages; -1: no such tag
         int Count;
-        std::size_t PrintedPages;
+        int PrintedPages;
         bool Succeeds;
     };
     const Row rows[] = {
@@ -214,7 +214,7 @@ TEST_F(ContainerFaultsTest, PageNumbers) {
         job.Status.TileCount = 9;
         EXPECT_EQ(job.Print(folder.Out(), "Proof.ps"), row.Succeeds);
         EXPECT_TRUE(job.HasEnded());
-        EXPECT_EQ(Listing(folder.Out()).size(), 3 * row.PrintedPages);
+        EXPECT_EQ(Listing(folder.Out()).size(), 3u * static_cast<unsigned>(row.PrintedPages));
     }
 }
 

@@ -67,7 +67,7 @@ std::size_t LineBytes(const Page& page) {
     for (const Separation& separation : page.Separations) {
         deepest = std::max(deepest, separation.Depth);
     }
-    return (page.Width + 31) / 32 * 4 * static_cast<std::size_t>(deepest);
+    return (std::size_t{page.Width} + 31) / 32 * 4 * static_cast<std::size_t>(deepest);
 }
 
 std::string ChannelBytes(const Page& page, std::size_t separation, bool bottomFirst) {

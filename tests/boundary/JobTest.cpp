@@ -63,8 +63,9 @@ class JobTest : public BoundaryTest {
         }
         const auto tiff = ReadTiff(path);
         ASSERT_TRUE(tiff) << path;
-        const auto bits = static_cast<uint16_t>(LineBytes(page) / ((page.Width + 31) / 32 * 4));
-        EXPECT_EQ(tiff->Width, (page.Width + 31) / 32 * 32);
+        const uint32_t paddedWidth = (page.Width + 31) / 32 * 32;
+        const auto bits = static_cast<uint16_t>(LineBytes(page) * 8 / paddedWidth);
+        EXPECT_EQ(tiff->Width, paddedWidth);
         EXPECT_EQ(tiff->Height, page.Height);
         EXPECT_EQ(tiff->Bits, bits);
         EXPECT_EQ(tiff->Samples, 1);

@@ -61,7 +61,9 @@ Model NumberedModel(int count, const std::string& outputRules, const std::string
     model.ColorModes.emplace_back();
     for (int i = 0; i < count; ++i) {
         const std::string name = "C" + std::to_string(i + 1);
-        model.Colours.push_back({name, "filename_" + name + "." + extension});
+        std::string channel = "filename_";
+        channel.append(name).append(".").append(extension);
+        model.Colours.push_back({name, channel});
         model.ColorModes[0].Colours.push_back(i);
     }
     return model;

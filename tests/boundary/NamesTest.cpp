@@ -52,9 +52,10 @@ TEST_F(NamesTest, JobNames) {
         std::filesystem::create_directory(folder.Out());
         ASSERT_TRUE(MakeJob({page}).Print(folder.Out(), row.SourceName));
         const std::string job = row.JobName;
+        std::string file = job + "/";
+        file += job;
         EXPECT_EQ(Listing(folder.Out()),
-                  (std::vector<std::string>{job + "/", job + "/" + job + "_C1.raw",
-                                            job + "/" + job + "_C2.raw"}));
+                  (std::vector<std::string>{job + "/", file + "_C1.raw", file + "_C2.raw"}));
     }
 }
 
@@ -93,9 +94,9 @@ TEST_F(NamesTest, WithEveryNumberTakenTheLastFolderIsUsed) {
     Install("");
     std::filesystem::create_directory(folder.Out() / "Job");
     for (int k = 1; k <= 1000; ++k) {
-        const std::string number = std::to_string(k);
-        const std::string zeros(number.size() < 3 ? 3 - number.size() : 0, '0');
-        std::filesystem::create_directory(folder.Out() / ("Job_" + zeros + number));
+        std::string number = std::to_string(k);
+        if (number.size() < 3) number.insert(0, 3 - number.size(), '0');
+        std::filesystem::create_directory(folder.Out() / ("Job_" + number));
     }
     ASSERT_TRUE(MakeJob({page}).Print(folder.Out(), "Job.ps"));
     EXPECT_EQ(Output("Job_1000/Job_C1.raw"), ChannelBytes(page, 0));

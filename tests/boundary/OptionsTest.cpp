@@ -45,7 +45,7 @@ class OptionsTest : public BoundaryTest {
 TEST_F(OptionsTest, ModesOfTheOptionsCall) {
     struct Row {
         int32_t Mode;
-        uint8_t KindBefore;
+        int32_t KindBefore;
         int32_t Answer;
         bool IsReplaced;
     };
@@ -56,16 +56,17 @@ TEST_F(OptionsTest, ModesOfTheOptionsCall) {
         {-1, 3, 0, false},
     };
     for (const Row& row : kRows) {
-        SCOPED_TRACE(::testing::Message() << "mode " << row.Mode << " kind " << +row.KindBefore);
+        SCOPED_TRACE(::testing::Message() << "mode " << row.Mode << " kind " << row.KindBefore);
         WriteText(folder.Options() / "QL_DROP_old.xml", "<RootElement/>");
         WriteText(folder.Options() / "other.xml", "kept");
-        DriverOptionBlock block = Block(row.KindBefore, "QL_DROP_old.xml");
+        DriverOptionBlock block = Block(static_cast<uint8_t>(row.KindBefore), "QL_DROP_old.xml");
         EXPECT_EQ(Show(block, row.Mode), row.Answer);
         EXPECT_EQ(std::filesystem::exists(folder.Options() / "QL_DROP_old.xml"), !row.IsReplaced);
         if (row.IsReplaced) {
             ExpectNewFile(block);
         } else {
-            EXPECT_TRUE(Same(block, Block(row.KindBefore, "QL_DROP_old.xml")));
+            EXPECT_TRUE(
+                Same(block, Block(static_cast<uint8_t>(row.KindBefore), "QL_DROP_old.xml")));
         }
         EXPECT_EQ(ReadText(folder.Options() / "other.xml"), "kept");
     }
