@@ -2,6 +2,7 @@
 
 #include <iconv.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -62,7 +63,14 @@ std::size_t Utf8CharacterBytes(std::string_view text) {
     return length;
 }
 
+bool IsAscii(std::string_view text) {
+    return std::all_of(text.begin(), text.end(),
+                       [](char character) { return static_cast<unsigned char>(character) < 0x80; });
+}
+
 std::string Convert(std::string_view text, const char* to, const char* from) {
+    const bool changesNothing = std::strcmp(to, from) == 0 && IsAscii(text);
+    if (changesNothing) return std::string(text);  // the usual case; opening iconv is slow
     Converter converter(to, from);
     std::string out;
     out.reserve(text.size());
