@@ -17,6 +17,7 @@ constexpr int32_t kFilePort = 256;
 /// This host takes files only: the driver has nothing to stream here.
 class NoStream final : public HostOutput {
   public:
+    virtual ~NoStream() = default;  // stands behind the two operations in the table
     int32_t Reserved() override { return 0; }
     int32_t Write(const void*, int32_t, int64_t) override { return 0; }
 };
