@@ -1,180 +1,117 @@
 #include "description/ModelOutputSettings.h"
 
+#include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <gtest/gtest.h>
 
-#include "DescriptionFolder.h"
+#include "GoodDescription.h"
+#include "boundary/BaseFolder.h"
 #include "host/Text.h"
 
 using Texts = std::vector<std::string>;
-using Codes = std::vector<int32_t>;
 
 namespace {
-
-PrintSettings Settings(std::string_view model, int32_t colorMode) {
-    PrintSettings settings;
-    CopyText(settings.ModelName, sizeof settings.ModelName, model);
-    settings.ColorModeIndex = colorMode;
-    return settings;
-}
 
 class OutputRules : public testing::Test {
   protected:
     int32_t Read(std::string_view model, int32_t colorMode = 0) {
-        return ReadModelOutputSettings(description_, Settings(model, colorMode), output_);
+        PrintSettings settings;
+        CopyText(settings.ModelName, sizeof settings.ModelName, model);
+        settings.ColorModeIndex = colorMode;
+        return ReadModelOutputSettings(description_, settings, output_);
+    }
+    std::string White(std::string_view model) {
+        EXPECT_EQ(Read(model), 1);
+        return fmt::format("{} of {} {} {} {}", output_.SupportWhiteType, output_.DefaultWhiteType,
+                           output_.WhiteTypeNames, output_.WhiteTypeCodes,
+                           output_.WhiteHeaderCodes);
+    }
+    /// Every rule of the model's entry.
+    std::string Rules(std::string_view model) {
+        const std::string white = White(model);
+        return fmt::format(
+            "line by line {}, direction {}, folder {}; white {}; ticket {} {} {}; "
+            "header {} {} {}; preview {} {} {} {} {}",
+            output_.LineByLine, output_.PrinterDirection, output_.CreateFolder, white,
+            output_.HasJobTicket, output_.JobTicketName, output_.JobTicketCode,
+            output_.HeaderTemplateName, output_.HeaderOutputName, output_.HeaderAtEndRip,
+            output_.PreviewType, output_.PreviewSizeH, output_.PreviewSizeV, output_.PreviewBestFit,
+            output_.PreviewName);
     }
 
-    DescriptionFolder folder_;
+    BaseFolder folder_;
     CDynamic description_;
     ModelOutputSettings output_;
 };
 
-TEST_F(OutputRules, AreThoseOfTheModelsFirstEntry) {
-    folder_.Describe(kGoodDescription);
-    ASSERT_EQ(Read("Roll"), 1);
-    EXPECT_EQ(output_.LineByLine, 1);
-    EXPECT_EQ(output_.PrinterDirection, 1);
-    EXPECT_EQ(output_.CreateFolder, 0);
-    EXPECT_EQ(output_.SupportWhiteType, -1);
-    EXPECT_EQ(output_.DefaultWhiteType, 2);
-    EXPECT_EQ(output_.WhiteTypeNames, (Texts{"Spot", "Overprint"}));
-    EXPECT_EQ(output_.WhiteTypeCodes, (Codes{1, 2}));
-    EXPECT_EQ(output_.WhiteHeaderCodes, (Codes{0, 1}));
-    EXPECT_EQ(output_.HasJobTicket, 1);
-    EXPECT_EQ(output_.JobTicketName, "ticket.xml");
-    EXPECT_EQ(output_.JobTicketCode, "utf-16");
-    EXPECT_EQ(output_.HeaderTemplateName, "roll.txt");
-    EXPECT_EQ(output_.HeaderOutputName, "filename.hdr");
-    EXPECT_EQ(output_.HeaderAtEndRip, 1);
-    EXPECT_EQ(output_.PreviewType, "PNG");
-    EXPECT_EQ(output_.PreviewSizeH, 300);
-    EXPECT_EQ(output_.PreviewSizeV, 200);
-    EXPECT_EQ(output_.PreviewBestFit, 0);
-    EXPECT_EQ(output_.PreviewName, "filename_small.png");
-}
-
-TEST_F(OutputRules, StartFromTheDefaultsThatEveryReadRestores) {
-    folder_.Describe(kGoodDescription);
+// The first entry of just the model's name counts; what no read restores is kept from the last.
+TEST_F(OutputRules, AreThoseOfTheModelsEntry) {
+    folder_.InstallModel("", kGoodDescription);
     output_.SupportWhiteType = 5;
-    ASSERT_EQ(Read("Roll"), 1);
-    ASSERT_EQ(Read("Roll 2"), 1);  // has no entry: containment does not count here
-    EXPECT_EQ(output_.HasJobTicket, 0);
-    EXPECT_EQ(output_.JobTicketName, "jobTicket.txt");
-    EXPECT_EQ(output_.JobTicketCode, "utf-8");
-    EXPECT_EQ(output_.PreviewType, "BMP");
-    EXPECT_EQ(output_.PreviewSizeH, 500);
-    EXPECT_EQ(output_.PreviewSizeV, 500);
-    EXPECT_EQ(output_.PreviewBestFit, 1);
-    EXPECT_EQ(output_.PreviewName, "");
-    EXPECT_EQ(output_.ChannelNames.size(), 4U);
-    // Kept from the earlier read.
-    EXPECT_EQ(output_.SupportWhiteType, 5);
-    EXPECT_EQ(output_.CreateFolder, 0);
-    EXPECT_EQ(output_.DefaultWhiteType, 2);
-    EXPECT_EQ(output_.HeaderAtEndRip, 1);
-
-    ASSERT_EQ(Read("Plain"), 1);
-    EXPECT_EQ(output_.LineByLine, 1);
-    EXPECT_EQ(output_.PrinterDirection, 1);
-    EXPECT_EQ(output_.CreateFolder, 1);
-    EXPECT_EQ(output_.DefaultWhiteType, -1);
-    EXPECT_EQ(output_.WhiteTypeCodes, (Codes{1, 2}));
-    EXPECT_EQ(output_.HeaderTemplateName, "roll.txt");
-    EXPECT_EQ(output_.HeaderOutputName, "filename.hdr");
-    EXPECT_EQ(output_.HeaderAtEndRip, 0);
-    EXPECT_EQ(output_.PreviewType, "BMP");
-    EXPECT_EQ(output_.PreviewSizeH, 500);
-}
-
-TEST_F(OutputRules, ChangeNothingWithoutADescription) {
-    output_.PreviewSizeH = 7;
-    output_.ChannelNames = {"kept"};
-    EXPECT_EQ(Read("Roll"), 0);
-    EXPECT_EQ(output_.PreviewSizeH, 7);
-    EXPECT_EQ(output_.ChannelNames, Texts{"kept"});
-    EXPECT_EQ(folder_.TakeMessages(), Texts{"Cannot get XML "});
+    EXPECT_EQ(Rules("Roll"),
+              R"(line by line 1, direction 1, folder 0; )"
+              R"(white 5 of 2 ["Spot", "Overprint"] [1, 2] [0, 1]; ticket 1 ticket.xml utf-16; )"
+              R"(header roll.txt filename.hdr 1; preview PNG 300 200 0 filename_small.png)");
+    EXPECT_EQ(Rules("Roll 2"),
+              R"(line by line 1, direction 1, folder 0; )"
+              R"(white 5 of 2 ["Spot", "Overprint"] [1, 2] [0, 1]; ticket 0 jobTicket.txt utf-8; )"
+              R"(header roll.txt filename.hdr 1; preview BMP 500 500 1 )");
+    EXPECT_EQ(Rules("Plain"),
+              R"(line by line 1, direction 1, folder 1; )"
+              R"(white 5 of -1 ["Spot", "Overprint"] [1, 2] [0, 1]; ticket 0 jobTicket.txt utf-8; )"
+              R"(header roll.txt filename.hdr 0; preview BMP 500 500 1 )");
 }
 
 TEST_F(OutputRules, ReadTheWhiteOffer) {
-    struct Case {
-        const char* offer;
-        int32_t defaultType;
-        Texts names;
-        Codes codes;
-        Codes headerCodes;
+    const std::pair<const char*, const char*> cases[] = {
+        {"3", R"(-1 of 3 [""] [0] [0])"},
+        {"|Spot;1;2", R"(-1 of 0 ["|Spot"] [1] [2])"},
+        {"1|", R"(-1 of 1 [""] [0] [0])"},
+        {"x|A,B,;4,y, 6;7", R"(-1 of 0 ["A", "B"] [4, 0, 6] [7])"},
+        {"5|,A;,;;9", R"(-1 of 5 ["", "A"] [0] [0])"},
+        {"-1|A;1;2;3;4", R"(-1 of -1 ["A"] [1] [2])"},
+        {"2|A|B;1|2;0", R"(-1 of 2 ["A|B"] [1] [0])"},
     };
-    const Case cases[] = {
-        {"3", 3, {""}, {0}, {0}},
-        {"|Spot;1;2", 0, {"|Spot"}, {1}, {2}},
-        {"1|", 1, {""}, {0}, {0}},
-        {"x|A,B,;4,y, 6;7", 0, {"A", "B"}, {4, 0, 6}, {7}},
-        {"5|,A;,;;9", 5, {"", "A"}, {0}, {0}},
-        {"-1|A;1;2;3;4", -1, {"A"}, {1}, {2}},
-        {"2|A|B;1|2;0", 2, {"A|B"}, {1}, {0}},
-    };
-    for (const Case& each : cases) {
-        folder_.Describe(Edited(kGoodDescription, {{"2|Spot,Overprint;1,2;0,1", each.offer}}));
-        CDynamic description;
-        ModelOutputSettings output;
-        ASSERT_EQ(ReadModelOutputSettings(description, Settings("Roll", 0), output), 1);
-        EXPECT_EQ(output.DefaultWhiteType, each.defaultType) << each.offer;
-        EXPECT_EQ(output.WhiteTypeNames, each.names) << each.offer;
-        EXPECT_EQ(output.WhiteTypeCodes, each.codes) << each.offer;
-        EXPECT_EQ(output.WhiteHeaderCodes, each.headerCodes) << each.offer;
-    }
+    std::string entries;
+    for (const auto& [offer, white] : cases)
+        entries += fmt::format("<Model Name='{0}' SupportWhite='{0}'/>", offer);
+    folder_.InstallModel("", Edited(kGoodDescription, {{"<ModelList>", "<ModelList>" + entries}}));
+    for (const auto& [offer, white] : cases)
+        EXPECT_EQ(White(offer), white) << offer;
+}
+
+TEST_F(OutputRules, ChangeNothingWithoutADescription) {
+    output_.ChannelNames = {"kept"};
+    EXPECT_EQ(Read("Roll"), 0);
+    EXPECT_EQ(GetChannelName(description_, "White", "Roll"), "");
+    EXPECT_EQ(output_.ChannelNames, Texts{"kept"});
+    EXPECT_EQ(folder_.Messages(), Texts(2, "Cannot get XML "));
 }
 
 TEST_F(OutputRules, NameTheChannelsOfTheColorMode) {
     // Two colours share an identifier and two a name; one colorant's colour is not listed.
-    folder_.Describe(Edited(kGoodDescription, {{"<C><ID>2</ID>", "<C><ID>1</ID>"},
-                                               {"<InternalName>White", "<InternalName>Cyan"}}));
-    ASSERT_EQ(Read("None", 0), 1);
-    EXPECT_EQ(output_.ChannelNames, (Texts{"filename_c", "filename_m", "filename_k"}));
-    const std::map<AString, AString> map = {{"Cyan", "filename_w.tif"},
-                                            {"Magenta", "filename_m"},
-                                            {"Yellow", "filename_y"},
-                                            {"Black", "filename_k"}};
-    EXPECT_EQ(output_.ChannelNameMap, map);
-    ASSERT_EQ(Read("None", 1), 1);
-    EXPECT_EQ(output_.ChannelNames, Texts{"filename_k"});
-    for (const int32_t without : {2, 3, -1}) {
-        ASSERT_EQ(Read("None", without), 1);
-        EXPECT_EQ(output_.ChannelNames, Texts{}) << without;
+    folder_.InstallModel("",
+                         Edited(kGoodDescription, {{"<C><ID>2</ID>", "<C><ID>1</ID>"},
+                                                   {"<InternalName>White", "<InternalName>Cyan"}}));
+    const std::pair<int32_t, Texts> namesByMode[] = {
+        {0, {"filename_c", "filename_m", "filename_k"}}, {1, {"filename_k"}}, {2, {}}, {-1, {}}};
+    for (const auto& [colorMode, names] : namesByMode) {
+        ASSERT_EQ(Read("None", colorMode), 1);
+        EXPECT_EQ(output_.ChannelNames, names) << colorMode;
     }
+    EXPECT_EQ(fmt::format("{}", output_.ChannelNameMap),
+              R"({"Black": "filename_k", "Cyan": "filename_w.tif", "Magenta": "filename_m", )"
+              R"("Yellow": "filename_y"})");
     EXPECT_EQ(GetChannelName(description_, "Cyan", "None"), "filename_c");  // the first
     EXPECT_EQ(GetChannelName(description_, "cyan", "None"), "");
-    EXPECT_EQ(folder_.TakeMessages(), Texts{});
-}
-
-TEST_F(OutputRules, ChannelOfAColorIsEmptyWithoutADescription) {
-    EXPECT_EQ(GetChannelName(description_, "White", "Roll"), "");
-    EXPECT_EQ(GetChannelName(description_, "White", nullptr), "");
-    EXPECT_EQ(folder_.TakeMessages(), Texts{"Cannot get XML "});
-    folder_.Describe(Edited(kGoodDescription, {{"ColorList", "C"}}));
-    EXPECT_EQ(GetChannelName(description_, "White", "Roll"), "");
-    EXPECT_EQ(folder_.TakeMessages(), Texts{"Loading COLORLISTNODE fails."});
 }
 
 TEST(SplitAtSeparator, TriesTheSeparatorsInTheirOrder) {
-    struct Case {
-        const char* text;
-        const char* separators;
-        const char* head;
-        const char* rest;
-    };
-    const Case cases[] = {
-        {"a,b;c,d", ";,", "a,b", "c,d"},
-        {"a,b;c,d", ",;", "a", "b;c,d"},
-        {"a,b", "|,", "a", "b"},
-        {"abc", "|,", "abc", ""},
-        {",a", ",", "", "a"},
-        {"a,", ",", "a", ""},
-        {"", ",", "", ""},
-        {"a", "", "a", ""},
-    };
-    for (const Case& each : cases) {
-        std::string_view head;
-        EXPECT_EQ(SplitAtSeparator(each.text, each.separators, head), each.rest) << each.text;
-        EXPECT_EQ(head, each.head) << each.text;
+    const char* const cases[][4] = {{"a,b;c,d", ";,", "a,b", "c,d"}, {"a,b,c", "|,", "a", "b,c"}};
+    for (const auto& [text, separators, head, rest] : cases) {
+        std::string_view start;
+        EXPECT_EQ(SplitAtSeparator(text, separators, start), rest) << text;
+        EXPECT_EQ(start, head) << text;
     }
 }
 

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "DescriptionFolder.h"
+#include "GoodDescription.h"
 #include "JobRunner.h"
 
 namespace {

@@ -1,87 +1,21 @@
-#include "DescriptionFolder.h"
+#include "GoodDescription.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
-#include <nlohmann/json.hpp>
-
-namespace fs = std::filesystem;
-
-DescriptionFolder::DescriptionFolder() {
-    std::string pattern = (fs::temp_directory_path() / "description-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) std::abort();
-    root_ = pattern;
-    setenv("QL_BASE_FOLDER", root_.c_str(), 1);
-    setenv("QL_MESSAGE_FILE", Path("messages.json").c_str(), 1);
-}
-
-DescriptionFolder::~DescriptionFolder() {
-    unsetenv("QL_BASE_FOLDER");
-    unsetenv("QL_MESSAGE_FILE");
-    std::error_code ignored;
-    fs::remove_all(root_, ignored);
-}
-
-void DescriptionFolder::Write(std::string_view name, std::string_view content) const {
-    fs::create_directories(Path(name).parent_path());
-    std::ofstream file(Path(name), std::ios::binary);
-    file << content;
-    ASSERT_TRUE(file.good()) << name;
-}
-
-std::string DescriptionFolder::Read(std::string_view name) const {
-    std::ifstream file(Path(name), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-std::vector<std::string> DescriptionFolder::List(std::string_view folder) const {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(Path(folder))) {
-        names.push_back(entry.path().filename().string());
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
-void DescriptionFolder::Describe(std::string_view description) const {
-    Write("OutputDrivers/ZeComFile.xml", "<Models><Model Name='' XMLFile='model.xml'/></Models>");
-    Write("OutputDrivers/model.xml", description);
-}
-
-std::vector<std::string> DescriptionFolder::TakeMessages() const {
-    std::vector<std::string> texts;
-    std::ifstream file(Path("messages.json"));
-    for (std::string line; std::getline(file, line);) {
-        auto message = nlohmann::json::parse(line);
-        const std::string text = message.at("text");
-        message.erase("text");
-        const nlohmann::json plain = {{"caption", ""}, {"owner", 0}, {"type", 0x10000}};
-        texts.push_back(message == plain ? text : text + message.dump());
-    }
-    fs::remove(Path("messages.json"));
-    return texts;
-}
+#include "boundary/BaseFolder.h"
 
 std::string Edited(std::string text, const std::vector<Edit>& edits) {
     for (const auto& [from, to] : edits) {
-        std::size_t at = text.find(from);
-        EXPECT_NE(at, std::string::npos) << "not in the text: " << from;
-        for (; at != std::string::npos; at = text.find(from, at + to.size())) {
-            text.replace(at, from.size(), to);
-        }
+        EXPECT_NE(text.find(from), std::string::npos) << "not in the text: " << from;
+        text = Replaced(std::move(text), from, to);
     }
     return text;
 }
 
-const char* const kGoodDescription = R"(<?xml version="1.0" encoding="utf-8"?>
-<Printer>
+const char* const kGoodDescription = R"(<?xml version="1.0" encoding="utf-8"?><Printer>
   <BaseResourceNumber>
     <BaseMedia/><BasePrintMode>-1</BasePrintMode><BaseResolution>none</BaseResolution>
-    <BaseColor></BaseColor><BaseColorMode></BaseColorMode>
-  </BaseResourceNumber>
+    <BaseColor></BaseColor><BaseColorMode></BaseColorMode></BaseResourceNumber>
   <Definition>
     <MediaList DefaultMedia="2">
       <Item><ID>0</ID><InternalName>paper</InternalName><DisplayName>Paper</DisplayName></Item>
@@ -114,9 +48,8 @@ const char* const kGoodDescription = R"(<?xml version="1.0" encoding="utf-8"?>
     <ColorModeList>
       <M><ID>0</ID><InternalName>cmyk</InternalName><DisplayName>Four Inks</DisplayName>
         <ColorantList>
-          <K IsSpotColor="0"><ColorDepth>1</ColorDepth></K>
-          <K ID="1" IsSpotColor=""><ColorDepth>1</ColorDepth></K>
-          <K ID="2"><ColorDepth>1</ColorDepth></K>
+          <K><ColorDepth>1</ColorDepth></K><K ID="1" IsSpotColor=""><ColorDepth>1</ColorDepth></K>
+          <K ID="2" IsSpotColor="0"><ColorDepth>1</ColorDepth></K>
           <K ID="3" IsSpotColor="2"><ColorDepth>1</ColorDepth></K>
         </ColorantList></M>
       <M><ID>1</ID><InternalName>gray</InternalName><DisplayName>One Ink</DisplayName>
