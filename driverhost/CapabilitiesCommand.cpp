@@ -49,8 +49,8 @@ Json ResolutionsJson(const Capabilities& capabilities, PrintChoice choice) {
         const AllowedModes modes = capabilities.ColorModesOf(choice);
         list.push_back({{"id", resolution.ID},
                         {"name", resolution.DisplayName},
-                        {"x", resolution.XResolution},
-                        {"y", resolution.YResolution},
+                        {"x", double{resolution.XResolution}},
+                        {"y", double{resolution.YResolution}},
                         {"colorModes", modes.Positions},
                         {"defaultColorMode", modes.Default < 0 ? Json() : Json(modes.Default)}});
     }

@@ -45,7 +45,8 @@ const CapabilityItem& FindItem(const char* what, const CapabilityList& items,
 }
 
 std::string DotsText(const ResolutionItem& item) {
-    return fmt::format("{}x{}", item.XResolution, item.YResolution);
+    // By value: the records of a list are packed, and these numbers not aligned.
+    return fmt::format("{}x{}", double{item.XResolution}, double{item.YResolution});
 }
 
 const ResolutionItem& FindResolution(const ResolutionList& items, const std::string& text) {
