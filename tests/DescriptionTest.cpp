@@ -1,6 +1,3 @@
-// What a description file says, and what is wrong with a faulty one. The queries that a host sends
-// are driven through the built library; here are the cases behind them.
-
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <zlib.h>
@@ -18,7 +15,6 @@ struct Description : CDynamic {
     explicit Description(const std::vector<Edit>& edits = {}) {
         folder.InstallModel("", Edited(kGoodDescription, edits));
     }
-
     BaseFolder folder;
 };
 
@@ -178,7 +174,11 @@ TEST(DescriptionTest, ListsColorantsAndNamesFromResources) {
     ASSERT_EQ(description.GetColorantList(0, &list), 1);
     EXPECT_STREQ(items[1].DisplayName, "There is not enough disk space.");
     EXPECT_STREQ(items[2].DisplayName, "Sun");
-    EXPECT_EQ(items[3].IsSpot, 0U);                                      // the description says 2
+    EXPECT_EQ(items[3].IsSpot, 0U);  // the description says 2
+    for (ColorantInfoList none : {ColorantInfoList{-7, {}, items, -5}, {-7, {}, nullptr, 4}}) {
+        EXPECT_EQ(description.GetColorantList(0, &none), 1);
+        EXPECT_EQ(none.Count, 0);  // there is no room
+    }
     EXPECT_EQ(description.GetBaseResourceNumber("BaseResolution"), -1);  // holds no number
     EXPECT_TRUE(description.folder.Messages().empty());
 }
