@@ -55,7 +55,7 @@ PageSeparator::PageSeparator(Rasterizer& rasterizer, ContainerWriter& container,
 
 std::vector<std::string> PageSeparator::WritePage(std::size_t page, std::size_t pageCount,
                                                   const PageSize& size, const InkPlan& plan) {
-    const std::vector<std::string> complaints = MakeBands(page, size, plan);
+    std::vector<std::string> complaints = MakeBands(page, size, plan);
     SeparationHeader header;
     header.WidthPixels = size.Width;
     header.Rows = size.Rows;

@@ -173,7 +173,7 @@ std::string Rasterizer::RunToEnd(const std::vector<std::string>& arguments, cons
                          {{"TMPDIR", temporary.string()}, {"GS_OPTIONS", ""}, {"GS_DEVICE", ""}}}))
         throw HostError(kFailed, "cannot start Ghostscript (gs); is it installed?");
     WaitFor(process, what);
-    const std::string text = ReadLog(log);
+    std::string text = ReadLog(log);
     if (process.Result() != 0) {
         if (text.find("requires a password") != std::string::npos) ParsePageReport(text);
         const std::vector<std::string> complaints = ComplaintsIn(text);
