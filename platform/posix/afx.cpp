@@ -24,11 +24,17 @@ AFX_MODULE_STATE* AfxGetStaticModuleState() {
     return &moduleState;
 }
 
-HINSTANCE AfxGetResourceHandle() { return AfxGetModuleState()->m_hCurrentResourceHandle; }
+HINSTANCE AfxGetResourceHandle() {
+    return AfxGetModuleState()->m_hCurrentResourceHandle;
+}
 
-HINSTANCE AfxLoadLibrary(const char* path) { return LoadLibraryA(path); }
+HINSTANCE AfxLoadLibrary(const char* path) {
+    return LoadLibraryA(path);
+}
 
-BOOL AfxFreeLibrary(HINSTANCE library) { return FreeLibrary(library); }
+BOOL AfxFreeLibrary(HINSTANCE library) {
+    return FreeLibrary(library);
+}
 
 CWinApp::CWinApp(const char* appName) : m_pszAppName(appName) {
     AfxGetStaticModuleState()->m_pCurrentWinApp = this;
@@ -39,15 +45,23 @@ CWinApp::~CWinApp() {
     if (state->m_pCurrentWinApp == this) state->m_pCurrentWinApp = nullptr;
 }
 
-BOOL CWinApp::InitInstance() { return TRUE; }
+BOOL CWinApp::InitInstance() {
+    return TRUE;
+}
 
-int CWinApp::ExitInstance() { return 0; }
+int CWinApp::ExitInstance() {
+    return 0;
+}
 
 void AfxSetModuleStrings(const AfxStringTable& table) {
     // A resource handle is never written through; the cast only fits the platform's type.
     AfxGetStaticModuleState()->m_hCurrentResourceHandle = const_cast<AfxStringTable*>(&table);
 }
 
-AfxModuleLife::AfxModuleLife(CWinApp& app) : app_(app) { app_.InitInstance(); }
+AfxModuleLife::AfxModuleLife(CWinApp& app) : app_(app) {
+    app_.InitInstance();
+}
 
-AfxModuleLife::~AfxModuleLife() { app_.ExitInstance(); }
+AfxModuleLife::~AfxModuleLife() {
+    app_.ExitInstance();
+}
