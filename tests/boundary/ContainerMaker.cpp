@@ -53,8 +53,8 @@ Page NumberedPage(uint32_t width, uint32_t height, int separationCount, uint32_t
 }
 
 void WriteContainer(const std::filesystem::path& path, const std::vector<Page>& pages,
-                    const AlterDirectory& alter) {
-    TIFF* const tiff = TIFFOpen(path.c_str(), "w");
+                    const AlterDirectory& alter, const char* mode) {
+    TIFF* const tiff = TIFFOpen(path.c_str(), mode);
     bool written = tiff != nullptr;
     for (std::size_t p = 0; written && p < pages.size(); ++p) {
         for (std::size_t s = 0; written && s < pages[p].Separations.size(); ++s) {

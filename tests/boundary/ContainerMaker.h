@@ -35,5 +35,6 @@ Page NumberedPage(uint32_t width, uint32_t height, int separationCount, uint32_t
 /// Changes a directory's tags after they are set and before its rows are written.
 using AlterDirectory = std::function<void(TIFF*, std::size_t page, std::size_t separation)>;
 
+/// `mode` is libtiff's: "w" and the letters that choose form and byte order.
 void WriteContainer(const std::filesystem::path& path, const std::vector<Page>& pages,
-                    const AlterDirectory& alter = {});
+                    const AlterDirectory& alter = {}, const char* mode = "w");

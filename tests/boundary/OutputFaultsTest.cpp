@@ -1,36 +1,16 @@
 // Output folders that are missing, full or no folders, writes that fail, temporary files that
 // cannot be made, and calls out of order.
 
-#include <signal.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
 
+#include "FileSizeLimit.h"
 #include "JobRunner.h"
 #include "SystemStandIns.h"
 
 namespace {
-
-/// While this lives, no file of the process grows beyond `bytes`: a write that would fails.
-class FileSizeLimit {
-  public:
-    explicit FileSizeLimit(rlim_t bytes) : handler_(signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit = {bytes, before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &before_);
-        signal(SIGXFSZ, handler_);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-  private:
-    rlimit before_{};
-    sighandler_t handler_;
-};
 
 /// While this lives, a test that runs as root has the rights of nobody.
 class OrdinaryUser {
