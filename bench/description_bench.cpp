@@ -3,7 +3,6 @@
 #include <benchmark/benchmark.h>
 #include <fmt/format.h>
 
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -12,6 +11,7 @@
 #include "BenchFolder.h"
 #include "description/CDynamic.h"
 #include "description/ModelOutputSettings.h"
+#include "host/Text.h"
 
 namespace {
 
@@ -68,7 +68,7 @@ void Finish(benchmark::State& state) {
 
 void LoadDescription(benchmark::State& state) {
     const BenchModel model(state.range(0));
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto turn : state) {
         CDynamic description;
         if (description.LoadDescription(kModelName) == 0) state.SkipWithError("not loaded");
     }
@@ -81,7 +81,7 @@ void ListResolutions(benchmark::State& state) {
     CDynamic description;
     description.LoadDescription(kModelName);
     const int32_t any = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto turn : state) {
         ResolutionList list;
         if (description.GetResolutionList(kModelName, &any, &any, &list) == 0) {
             state.SkipWithError("not listed");
@@ -96,8 +96,8 @@ void ReadOutputRules(benchmark::State& state) {
     CDynamic description;
     description.LoadDescription(kModelName);
     PrintSettings settings;
-    std::strcpy(settings.ModelName, kModelName);
-    for (auto _ : state) {
+    CopyText(settings.ModelName, sizeof settings.ModelName, kModelName);
+    for ([[maybe_unused]] const auto turn : state) {
         ModelOutputSettings output;
         if (ReadModelOutputSettings(description, settings, output) == 0) {
             state.SkipWithError("not read");

@@ -54,7 +54,7 @@ void ReadContainer(benchmark::State& state, uint16_t compression, Read read, con
     const std::filesystem::path path = folder.Path() / "job.pages.tif";
     WriteBenchContainer(path, kPage, compression);
     std::vector<uint8_t> buffer(static_cast<std::size_t>(kPage.RowBytes()));
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto turn : state) {
         ZEJob job(0);
         const bool isOpen = job.Load(AFilePath(path.string())) != 0 && job.OpenData(1) != 0;
         AImage* const image = isOpen ? job.GetImage(0) : nullptr;
@@ -76,7 +76,7 @@ void ExportChannel(benchmark::State& state, const char* name) {
     const BenchFolder folder(std::filesystem::temp_directory_path());
     const std::string path = (folder.Path() / name).string();
     const std::vector<uint8_t> line(static_cast<std::size_t>(kPage.RowBytes()), 0x55);
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto turn : state) {
         ExportBitmap channel(path.c_str(), static_cast<uint32_t>(kPage.widthPixels),
                              static_cast<uint32_t>(kPage.rows), 720, 720, kPage.bits, 0, 0, nullptr,
                              nullptr, 0);

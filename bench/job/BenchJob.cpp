@@ -9,6 +9,7 @@
 #include <fstream>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "host/Records.h"
 #include "platform/Program.h"
@@ -57,8 +58,8 @@ std::string Description(const BenchPage& page, const BenchModel& model) {
 std::string JobFileBytes() {
     constexpr float kResolution = 720;
     JobFileHeader header = {};
-    std::strcpy(header.OriginalFileName, "bench.pdf");
-    std::strcpy(header.PrinterName, kModelName);
+    std::string_view("bench.pdf").copy(header.OriginalFileName, sizeof header.OriginalFileName);
+    std::string_view(kModelName).copy(header.PrinterName, sizeof header.PrinterName);
     header.XResolution = kResolution;
     header.YResolution = kResolution;
     header.XResolutionWhole = static_cast<int16_t>(kResolution);
