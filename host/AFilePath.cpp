@@ -81,14 +81,6 @@ AFilePath& AFilePath::Append(std::string_view name) {
     return *this;
 }
 
-void AFilePath::ReplaceLast(std::string_view name) {
-    const AString folder = folderPart();
-    const bool valid = valid_;
-    *this = AFilePath(folder);
-    if (!valid) Invalidate();
-    Append(name);
-}
-
 bool AFilePath::exists() const {
     return valid_ && GetFileAttributesA(path_.c_str()) != INVALID_FILE_ATTRIBUTES;
 }

@@ -22,9 +22,6 @@ class AFilePath {
     /// makes the path invalid. Answers this path.
     AFilePath& Append(std::string_view name);
 
-    /// Replaces the last component by `name`, under the rule of Append.
-    void ReplaceLast(std::string_view name);
-
     bool isValid() const { return valid_; }
     /// Whether a file or folder stands there; false for an invalid path.
     bool exists() const;
