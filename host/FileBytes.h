@@ -8,7 +8,7 @@
 
 /// The largest text that the host's readers take, from a file or inflated from one: far beyond any
 /// description, and little enough for a desktop.
-inline constexpr std::uint64_t kMostTextBytes = std::uint64_t{256} * 1024 * 1024;
+inline constexpr std::uint64_t kMostTextBytes = std::uint64_t{64} * 1024 * 1024;
 
 /// The whole content of a file of at most `mostBytes` bytes; nothing when it cannot be read or is
 /// larger. Read in blocks, so that a file's claimed size never decides what is allocated; a pipe
