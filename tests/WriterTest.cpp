@@ -2,17 +2,17 @@
 // module state.
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "PrinterDriver/Common/Xsrc/AFM_File.h"
 #include "PrinterDriver/Common/Xsrc/RepackBits.h"
+#include "TestFolder.h"
 #include "platform/afx.h"
 #include "plugin/output/DiskSpace.h"
 #include "plugin/output/LineSize.h"
@@ -25,21 +25,10 @@ namespace fs = std::filesystem;
 
 class WriterTest : public testing::Test {
   protected:
-    WriterTest() {
-        char pattern[] = "/tmp/writer-test-XXXXXX";
-        folder_ = mkdtemp(pattern);
-        setenv("QL_LOG_FILE", (folder_ + "/log").c_str(), 1);
-    }
-    ~WriterTest() override {
-        unsetenv("QL_LOG_FILE");
-        fs::remove_all(folder_);
-    }
-    std::string FileText(const std::string& path) const {
-        std::ifstream file(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    WriterTest() { setenv("QL_LOG_FILE", folder_.Name("log").c_str(), 1); }
+    ~WriterTest() override { unsetenv("QL_LOG_FILE"); }
 
-    std::string folder_;
+    TestFolder folder_;
 };
 
 /// Records what it is handed; refuses from call `failingCall` on.
@@ -97,30 +86,23 @@ TEST_F(WriterTest, StreamsToTheHostInBuffersOfOneMebibyte) {
         {{{10, 0}, {1048545, 0}, {5, 0}, {0, 1}}, {10, 1048545, 5}},
         {{{0, 0}, {-3, 0}, {-3, 1}}, {}},
     };
-    const std::string data(2000000, 'x');
+    std::string data;
+    for (int i = 0; i < 2000000; ++i)
+        data += static_cast<char>(i * 31 / 7);
     for (const Case& c : cases) {
         RecordingOutput output(1000);
         StreamingWriter writer(&output);
+        std::string expected;
         for (const Write& write : c.writes) {
             EXPECT_EQ(writer.WriteNdata(data.data(), write.count, write.flush), write.count);
+            expected += data.substr(0, static_cast<std::size_t>(std::max(write.count, 0)));
         }
         EXPECT_EQ(output.counts, c.handedOver);
+        writer.WriteNdata(nullptr, 0, 1);
+        EXPECT_TRUE(output.bytes == expected);
         for (const int64_t value : output.values)
             EXPECT_EQ(value, 0x123456789AB);
     }
-}
-
-TEST_F(WriterTest, StreamedBytesKeepTheirOrder) {
-    RecordingOutput output(1000);
-    StreamingWriter writer(&output);
-    std::string expected;
-    for (int32_t i = 0; i < 300; ++i) {
-        const std::string piece(static_cast<std::size_t>(i * 37 % 30011), static_cast<char>(i));
-        expected += piece;
-        writer.WriteNdata(piece.data(), static_cast<int32_t>(piece.size()), i % 50 == 49);
-    }
-    writer.WriteNdata(nullptr, 0, 1);
-    EXPECT_EQ(output.bytes, expected);
 }
 
 TEST_F(WriterTest, StreamFaultsAreLoggedAndRaised) {
@@ -138,7 +120,7 @@ TEST_F(WriterTest, StreamFaultsAreLoggedAndRaised) {
     };
     const std::string data(1100000, 'x');
     for (const Case& c : cases) {
-        fs::remove(folder_ + "/log");
+        fs::remove(folder_.Name("log"));
         RecordingOutput output(c.failingCall);
         StreamingWriter writer(&output);
         int raised = -1;
@@ -150,7 +132,7 @@ TEST_F(WriterTest, StreamFaultsAreLoggedAndRaised) {
             }
         }
         EXPECT_EQ(raised, 0);
-        EXPECT_EQ(FileText(folder_ + "/log"),
+        EXPECT_EQ(folder_.Read("log"),
                   std::string("E PrinterDriver\\Common\\Xsrc\\ABaseRTL") + c.log);
     }
 }
@@ -221,8 +203,8 @@ TEST(DiskSpace, CountsInSixtyFourBitsAndSaturates) {
 }
 
 TEST_F(WriterTest, FileClassAnswersAsTabled) {
-    const std::string path = folder_ + "/a\\b.bin";  // '\' counts as '/' where it is opened
-    fs::create_directory(folder_ + "/a");
+    const std::string path = folder_.Name("a\\b.bin");  // '\' counts as '/' where it is opened
+    fs::create_directory(folder_.Name("a"));
     AFM_File file;
     char text[512] = "kept";
     EXPECT_EQ(file.GetPath(text), 0);
@@ -232,7 +214,7 @@ TEST_F(WriterTest, FileClassAnswersAsTabled) {
     EXPECT_STREQ(text, "kept");
 
     ASSERT_EQ(file.Open(path.c_str(), 0), 1);
-    EXPECT_TRUE(fs::exists(folder_ + "/a/b.bin"));
+    EXPECT_TRUE(fs::exists(folder_.Name("a/b.bin")));
     EXPECT_EQ(file.Read(text, 10, 0, 0), 0);
     EXPECT_EQ(file.Write("x", 1, 0, 0), 0);
 
@@ -252,21 +234,21 @@ TEST_F(WriterTest, FileClassAnswersAsTabled) {
     EXPECT_EQ(file.Tell(), (int64_t{1} << 32) - 1);
     EXPECT_EQ(file.Seek(4, 0), 1);
     EXPECT_NE(file.SetEnd(), 0);
-    EXPECT_EQ(FileText(folder_ + "/a/b.bin"), "0123");
+    EXPECT_EQ(folder_.Read("a/b.bin"), "0123");
     EXPECT_EQ(file.GetFileName(text), 1);
     EXPECT_STREQ(text, "b.bin");
     EXPECT_EQ(file.GetDirectory(text), 1);
-    EXPECT_EQ(text, folder_ + "/a");
+    EXPECT_EQ(text, folder_.Name("a"));
     EXPECT_NE(file.Delete(), 0);
-    EXPECT_FALSE(fs::exists(folder_ + "/a/b.bin"));
+    EXPECT_FALSE(fs::exists(folder_.Name("a/b.bin")));
     EXPECT_EQ(file.GetHandle(), INVALID_HANDLE_VALUE);
 
-    EXPECT_EQ(file.Open((folder_ + "/plain").c_str(), 7), 1);  // no access rights
+    EXPECT_EQ(file.Open(folder_.Name("plain").c_str(), 7), 1);  // no access rights
     EXPECT_EQ(file.Read(text, 1, 0, 1), 0);
     EXPECT_EQ(file.GetDirectory(text), 1);
     EXPECT_STREQ(text, "");
     EXPECT_EQ(file.Open(std::string(512, 'p').c_str(), 1), 0);
-    EXPECT_EQ(file.Open(folder_.c_str(), 0), 0);
+    EXPECT_EQ(file.Open(folder_.Name("").c_str(), 0), 0);
 }
 
 TEST(ModuleState, IsRestoredOnEveryPath) {
@@ -289,31 +271,34 @@ TEST(ModuleState, IsRestoredOnEveryPath) {
 }
 
 TEST(ModuleState, WriterOperationsRestoreTheCallersState) {
-    AFX_MODULE_STATE callers;
-    AFX_MODULE_STATE* const before = AfxSetModuleState(&callers);
+    setenv("QL_BASE_FOLDER", "/no such folder", 1);
+    setenv("QL_MESSAGE_FILE", "/dev/null", 1);
     RTL writer;
     PrintSettings settings;
     CapabilityList list;
     ResolutionList resolutions;
-    setenv("QL_BASE_FOLDER", "/no such folder", 1);
-    setenv("QL_MESSAGE_FILE", "/dev/null", 1);
-    EXPECT_EQ(writer.GetMediaList(&settings, &list, nullptr), 0);
-    EXPECT_EQ(AfxGetModuleState(), &callers);
-    EXPECT_EQ(writer.GetPrintModeList(&settings, nullptr, &list, nullptr), 0);
-    EXPECT_EQ(AfxGetModuleState(), &callers);
-    EXPECT_EQ(writer.GetResolutionList(&settings, nullptr, nullptr, &resolutions, nullptr), 0);
-    EXPECT_EQ(AfxGetModuleState(), &callers);
     DriverOptionBlock block = {};
-    EXPECT_EQ(writer.DecodeDriverOptions("none", &block, &settings), 1);
-    EXPECT_EQ(AfxGetModuleState(), &callers);
     JobStatusRecord status = {};
     JobContext job;
     job.Status = &status;
-    EXPECT_EQ(writer.OpenJob(&job, 0, nullptr, &block), 0);
-    EXPECT_EQ(AfxGetModuleState(), &callers);
+    const std::function<int32_t()> operations[] = {
+        [&] { return writer.GetMediaList(&settings, &list, nullptr); },
+        [&] { return writer.GetPrintModeList(&settings, nullptr, &list, nullptr); },
+        [&] {
+            return writer.GetResolutionList(&settings, nullptr, nullptr, &resolutions, nullptr);
+        },
+        [&] { return writer.DecodeDriverOptions(nullptr, &block, &settings); },
+        [&] { return writer.OpenJob(&job, 0, nullptr, &block); },
+    };
+    AFX_MODULE_STATE callers;
+    AFX_MODULE_STATE* const before = AfxSetModuleState(&callers);
+    for (const auto& operation : operations) {
+        EXPECT_EQ(operation(), 0);
+        EXPECT_EQ(AfxGetModuleState(), &callers);
+    }
+    AfxSetModuleState(before);
     unsetenv("QL_MESSAGE_FILE");
     unsetenv("QL_BASE_FOLDER");
-    AfxSetModuleState(before);
 }
 
 }  // namespace
