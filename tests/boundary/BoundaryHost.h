@@ -1,8 +1,9 @@
 #pragma once
 
+#include <dlfcn.h>
+
 #include <cstdint>
 #include <string>
-#include <vector>
 
 #include "host/Records.h"
 
@@ -40,30 +41,8 @@ enum Operation : int {
     kReadJobHeader = 59,
 };
 
-/// The built library, loaded for as long as this lives.
-class Plugin {
-  public:
-    Plugin();
-    ~Plugin();
-    Plugin(const Plugin&) = delete;
-    Plugin& operator=(const Plugin&) = delete;
-
-    /// Path of the library file.
-    static const char* Path();
-
-    /// An export by its name; null when the library has none of that name.
-    template <class Function>
-    Function* Export(const char* name) const {
-        return reinterpret_cast<Function*>(Symbol(name));
-    }
-
-  private:
-    void* Symbol(const char* name) const;
-
-    void* library_;
-};
-
-/// One driver object, called by position as a host does.
+/// One driver object, called by position as a host does, and the built library that it is from,
+/// loaded for as long as this lives.
 class Driver {
   public:
     Driver();
@@ -71,6 +50,11 @@ class Driver {
     Driver(const Driver&) = delete;
     Driver& operator=(const Driver&) = delete;
 
+    /// An export by its name; null when the library has none of that name.
+    template <class Function>
+    Function* Export(const char* name) const {
+        return reinterpret_cast<Function*>(dlsym(library_, name));
+    }
     template <class Result = int32_t, class... Arguments>
     Result Call(int entry, Arguments... arguments) const {
         using Function = Result (*)(void*, Arguments...);
@@ -79,18 +63,16 @@ class Driver {
     }
 
   private:
-    Plugin plugin_;
+    void* library_;
     void* object_;
 };
 
-/// A host's output object that counts what it takes.
+/// A host's output object. The driver writes files and streams nothing to it.
 class OutputSink final : public HostOutput {
   public:
     virtual ~OutputSink() = default;
     int32_t Reserved() override { return 0; }
     int32_t Write(const void* data, int32_t count, int64_t value) override;
-
-    int64_t BytesTaken = 0;
 };
 
 /// Settings of a model with its choices. The model's name is cut to fit.

@@ -1,18 +1,17 @@
 #include "JobRunner.h"
 
+#include <strings.h>
+
 #include <algorithm>
+#include <array>
+#include <cstdio>
 
 std::string JobFileBytes(const JobChoices& choices) {
     JobFileHeader header{};
     SetText(header.OriginalFileName, "artwork.pdf");
-    SetText(header.PrinterName, choices.Model);
+    SetText(header.PrinterName, kModelName);
     header.XResolution = choices.XResolution;
     header.YResolution = choices.YResolution;
-    const auto whole = [](float value) {
-        return static_cast<int16_t>(std::clamp(value, 0.0F, 32767.0F));
-    };
-    header.XResolutionWhole = whole(choices.XResolution);
-    header.YResolutionWhole = whole(choices.YResolution);
     header.Options = choices.Options;
     header.ColorModeIndex = choices.ColorMode;
     return {reinterpret_cast<const char*>(&header), sizeof header};
@@ -23,91 +22,87 @@ Job::Job(const Driver& driver, const std::filesystem::path& jobFile) : driver_(d
     Status.JobState = kFilePort;
 }
 
-int32_t Job::Open() {
-    return driver_.Call(kOpenJob, &Status, static_cast<HostOutput*>(&Output));
-}
-
-int32_t Job::Port(const std::filesystem::path& folder, const std::string& sourceName) {
-    return driver_.Call(kOpenPort, folder.c_str(), sourceName.c_str());
-}
-
-int32_t Job::Step() {
-    return driver_.Call(kProcessJobStep);
-}
-
-std::vector<int32_t> Job::Run() {
+std::string Job::Run() {
     constexpr std::size_t kMostSteps = 100000;  // far more than any job here takes
-    std::vector<int32_t> answers;
+    std::string answers;
     while (!HasEnded() && answers.size() < kMostSteps)
-        answers.push_back(Step());
+        answers += std::to_string(Step());
+    EXPECT_TRUE(HasEnded());
     return answers;
 }
 
-bool Job::Print(const std::filesystem::path& folder, const std::string& sourceName) {
-    if (Open() != 1 || Port(folder, sourceName) != 1 || HasEnded()) return false;
-    const std::vector<int32_t> answers = Run();
-    return HasEnded() && std::count(answers.begin(), answers.end(), 1) ==
-                             static_cast<std::ptrdiff_t>(answers.size());
+bool IsPrinted(const std::string& answers) {
+    return !answers.empty() && answers == std::string(answers.size(), '1');
+}
+
+void BoundaryTest::Install(const std::string& description) {
+    folder.InstallModel(kModelName, description);
+    driver = std::make_unique<Driver>();
 }
 
 Job BoundaryTest::MakeJob(const std::vector<Page>& pages, const JobChoices& choices,
                           const AlterDirectory& alter) {
     WriteText(JobFile(), JobFileBytes(choices));
     WriteContainer(Container(), pages, alter);
-    return {driver, JobFile()};
+    return {*driver, JobFile()};
 }
 
-bool BoundaryTest::Print(const Model& model, const std::vector<Page>& pages) {
-    folder.InstallModel(kModelName, Describe(model));
-    return MakeJob(pages).Print(folder.Out(), "Proof.ps");
+Job BoundaryTest::StartJob(const std::vector<Page>& pages, const std::string& sourceName,
+                           const JobChoices& choices) {
+    Job job = MakeJob(pages, choices);
+    EXPECT_EQ(job.Open(), 1);
+    EXPECT_EQ(job.Port(folder.Out(), sourceName), 1);
+    return job;
+}
+
+void BoundaryTest::EmptyOutputFolder() {
+    std::filesystem::remove_all(folder.Out());
+    std::filesystem::create_directory(folder.Out());
 }
 
 std::size_t LineBytes(const Page& page) {
     int deepest = 0;
-    for (const Separation& separation : page.Separations) {
+    for (const Separation& separation : page.Separations)
         deepest = std::max(deepest, separation.Depth);
-    }
     return (std::size_t{page.Width} + 31) / 32 * 4 * static_cast<std::size_t>(deepest);
 }
 
-std::string ChannelBytes(const Page& page, std::size_t separation, bool bottomFirst) {
-    const Separation& source = page.Separations.at(separation);
-    const std::size_t rowBytes = RowBytes(page.Width, source.Depth);
-    std::string bytes;
-    for (std::size_t line = 0; line < page.Height; ++line) {
-        const std::size_t row = bottomFirst ? page.Height - 1 - line : line;
-        std::string data = source.Rows.substr(row * rowBytes, rowBytes);
-        data.resize(LineBytes(page));
-        bytes += data;
+std::string ChannelBytes(const Page& page, const std::string& colorant, bool bottomFirst) {
+    std::string bytes(page.Height * LineBytes(page), '\0');
+    for (const Separation& separation : page.Separations) {
+        if (strcasecmp(separation.Name.c_str(), colorant.c_str()) != 0) continue;
+        const std::size_t rowBytes = RowBytes(page.Width, separation.Depth);
+        for (std::size_t line = 0; line < page.Height; ++line) {
+            const std::size_t row = bottomFirst ? page.Height - 1 - line : line;
+            std::string data = separation.Rows.substr(row * rowBytes, rowBytes);
+            data.resize(LineBytes(page));
+            bytes.replace(line * data.size(), data.size(), data);
+        }
     }
     return bytes;
 }
 
-std::string BlankBytes(const Page& page) {
-    return std::string(page.Height * LineBytes(page), '\0');
-}
-
-std::optional<TiffChannel> ReadTiff(const std::filesystem::path& path) {
-    TIFF* const tiff = TIFFOpen(path.c_str(), "r");
-    if (tiff == nullptr) return std::nullopt;
+TiffChannel ReadTiff(const std::filesystem::path& path) {
     TiffChannel channel;
+    TIFF* const tiff = TIFFOpen(path.c_str(), "r");
+    if (tiff == nullptr) return channel;
     TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &channel.Width);
     TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &channel.Height);
-    TIFFGetFieldDefaulted(tiff, TIFFTAG_BITSPERSAMPLE, &channel.Bits);
-    TIFFGetFieldDefaulted(tiff, TIFFTAG_SAMPLESPERPIXEL, &channel.Samples);
-    TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &channel.Photometric);
-    TIFFGetFieldDefaulted(tiff, TIFFTAG_COMPRESSION, &channel.Compression);
-    TIFFGetFieldDefaulted(tiff, TIFFTAG_RESOLUTIONUNIT, &channel.ResolutionUnit);
     TIFFGetField(tiff, TIFFTAG_XRESOLUTION, &channel.XResolution);
     TIFFGetField(tiff, TIFFTAG_YRESOLUTION, &channel.YResolution);
     std::string row(static_cast<std::size_t>(TIFFScanlineSize(tiff)), '\0');
-    bool readable = true;
-    for (uint32_t y = 0; readable && y < channel.Height; ++y) {
-        readable = TIFFReadScanline(tiff, row.data(), y, 0) == 1;
+    for (uint32_t y = 0; y < channel.Height && TIFFReadScanline(tiff, row.data(), y, 0) == 1; ++y)
         channel.Data += row;
-    }
-    readable = readable && TIFFReadDirectory(tiff) == 0;
     TIFFClose(tiff);
-    if (!readable) return std::nullopt;
     return channel;
+}
+
+std::string PrintedBy(const std::string& command) {
+    std::FILE* const pipe = popen((command + " 2>&1").c_str(), "r");
+    if (pipe == nullptr) return "no pipe";
+    std::string text;
+    std::array<char, 4096> part{};
+    while (std::fgets(part.data(), part.size(), pipe) != nullptr)
+        text += part.data();
+    return pclose(pipe) == 0 ? text : text + "and fails";
 }

@@ -1,9 +1,10 @@
 #pragma once
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <optional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -12,9 +13,10 @@
 #include "ContainerMaker.h"
 #include "ModelMaker.h"
 
+using Texts = std::vector<std::string>;
+
 /// What a job file says.
 struct JobChoices {
-    std::string Model = kModelName;
     int16_t ColorMode = 0;
     float XResolution = 300;
     float YResolution = 600;
@@ -22,7 +24,7 @@ struct JobChoices {
 };
 
 /// The 3940 bytes of a job file.
-std::string JobFileBytes(const JobChoices& choices);
+std::string JobFileBytes(const JobChoices& choices = {});
 
 /// The port kind that the driver serves.
 inline constexpr int32_t kFilePort = 256;
@@ -32,37 +34,52 @@ class Job {
   public:
     Job(const Driver& driver, const std::filesystem::path& jobFile);
 
-    int32_t Open();
-    int32_t Port(const std::filesystem::path& folder, const std::string& sourceName);
-    int32_t Step();
-    /// Steps until the job has ended; the answers.
-    std::vector<int32_t> Run();
-    /// Open, Port and Run; whether every answer was 1 and the job ended.
-    bool Print(const std::filesystem::path& folder, const std::string& sourceName);
+    int32_t Open() { return driver_.Call(kOpenJob, &Status, static_cast<HostOutput*>(&output_)); }
+    int32_t Port(const std::filesystem::path& folder, const std::string& sourceName = "Proof.ps") {
+        return driver_.Call(kOpenPort, folder.c_str(), sourceName.c_str());
+    }
+    int32_t Step() { return driver_.Call(kProcessJobStep); }
+    /// Steps until the job has ended; the answers, a digit each.
+    std::string Run();
     bool HasEnded() const { return Status.JobState == JobStatusRecord::kJobEnded; }
 
     JobStatusRecord Status{};
-    OutputSink Output;
 
   private:
     const Driver& driver_;
+    OutputSink output_;
 };
+
+/// Whether the answers are those of a job that was printed.
+bool IsPrinted(const std::string& answers);
 
 /// A base folder and a driver; each test gets its own.
 class BoundaryTest : public ::testing::Test {
   protected:
+    /// Makes a model known, to a new driver: a driver keeps the description that it has read.
+    void Install(const std::string& description);
+    void Install(int colourCount, const std::string& outputRules,
+                 const std::string& extension = "raw") {
+        Install(Describe(NumberedModel(colourCount, outputRules, extension)));
+    }
     /// A job whose job file and container are written from the choices and pages.
     Job MakeJob(const std::vector<Page>& pages, const JobChoices& choices = {},
                 const AlterDirectory& alter = {});
-    /// Installs the model and prints the pages as "Proof.ps" into the output folder.
-    bool Print(const Model& model, const std::vector<Page>& pages);
+    /// Such a job into the output folder, before its first step.
+    Job StartJob(const std::vector<Page>& pages, const std::string& sourceName = "Proof.ps",
+                 const JobChoices& choices = {});
+    bool Print(const std::vector<Page>& pages, const std::string& sourceName = "Proof.ps",
+               const JobChoices& choices = {}) {
+        return IsPrinted(StartJob(pages, sourceName, choices).Run());
+    }
+    void EmptyOutputFolder();
     /// Bytes of a file below the output folder.
     std::string Output(const std::string& name) const { return ReadText(folder.Out() / name); }
     std::filesystem::path JobFile() const { return folder.Jobs() / "job"; }
     std::filesystem::path Container() const { return folder.Jobs() / "job.pages.tif"; }
 
     BaseFolder folder;
-    Driver driver;
+    std::unique_ptr<Driver> driver = std::make_unique<Driver>();
 };
 
 /// What the log says of each failed job step.
@@ -71,24 +88,19 @@ inline constexpr const char* kStepLogLine =
 
 /// Bytes of one line of a channel of the page: its deepest separation, padded to 32 pixels.
 std::size_t LineBytes(const Page& page);
-/// What a separation's channel file holds, bottom line first for printers of that direction.
-std::string ChannelBytes(const Page& page, std::size_t separation, bool bottomFirst = false);
-/// What the file of a channel without a separation holds.
-std::string BlankBytes(const Page& page);
+/// What a colorant's channel holds: the last separation of its name in any letter case, bottom
+/// line first for printers of that direction; zeros when there is none.
+std::string ChannelBytes(const Page& page, const std::string& colorant, bool bottomFirst = false);
 
-/// A TIFF channel as an imaging tool sees it.
+/// A TIFF channel as an imaging tool sees it; without data when it cannot be read.
 struct TiffChannel {
     uint32_t Width = 0;
     uint32_t Height = 0;
-    uint16_t Bits = 0;
-    uint16_t Samples = 0;
-    uint16_t Photometric = 0;
-    uint16_t Compression = 0;
-    uint16_t ResolutionUnit = 0;
     float XResolution = 0;
     float YResolution = 0;
-    std::string Data;
+    std::string Data{};
 };
+TiffChannel ReadTiff(const std::filesystem::path& path);
 
-/// Nothing when the file is no readable TIFF or holds more than one image.
-std::optional<TiffChannel> ReadTiff(const std::filesystem::path& path);
+/// What a shell command prints on both outputs.
+std::string PrintedBy(const std::string& command);

@@ -1,70 +1,56 @@
 #include "ModelMaker.h"
 
-#include <cstddef>
+#include <fmt/format.h>
 
 namespace {
 
-std::string Element(const char* name, const std::string& text) {
-    return std::string("<") + name + ">" + text + "</" + name + ">";
-}
-
-std::string Item(const std::string& id, const std::string& rest) {
-    return Element("Item", Element("ID", id) + rest);
-}
-
-std::string Named(const std::string& name) {
-    return Element("InternalName", name) + Element("DisplayName", name);
-}
-
-std::string ColorModes(const Model& model) {
-    std::string modes;
-    for (std::size_t i = 0; i < model.ColorModes.size(); ++i) {
-        std::string colorants;
-        for (const int colour : model.ColorModes[i].Colours) {
-            colorants += "<Colorant ID=\"" + std::to_string(colour) + "\" IsSpotColor=\"0\">" +
-                         Element("ColorDepth", std::to_string(model.ColorModes[i].Depth)) +
-                         "</Colorant>";
-        }
-        const std::string id = std::to_string(i);
-        modes += Item(id, Named("Mode " + id) + Element("ColorantList", colorants));
-    }
-    return modes;
-}
+// An empty base is -1: names come from the description.
+constexpr const char* kDescription = R"(<Description>
+<BaseResourceNumber>
+<BaseMedia/><BasePrintMode/><BaseResolution/><BaseColor/><BaseColorMode/>
+</BaseResourceNumber>
+<Definition>
+<MediaList><Item><ID>0</ID><InternalName>Paper</InternalName></Item></MediaList>
+<PrintModeList><Item><ID>0</ID><InternalName>Fine</InternalName></Item></PrintModeList>
+<ResolutionList><Item><ID>0</ID><XResValue>300</XResValue><YResValue>600</YResValue></Item>
+</ResolutionList>
+<ColorList>{}</ColorList><ColorModeList>{}</ColorModeList>
+</Definition>
+<ModelList><Model Name="{}" {}/></ModelList>
+</Description>)";
 
 }  // namespace
 
 std::string Describe(const Model& model) {
     std::string colours;
     for (std::size_t i = 0; i < model.Colours.size(); ++i) {
-        const Colour& colour = model.Colours[i];
-        colours += Item(colour.ID.empty() ? std::to_string(i) : colour.ID,
-                        Named(colour.InternalName) + Element("ChannelName", colour.ChannelName));
+        const auto& [name, channel, id] = model.Colours[i];
+        colours += fmt::format(
+            "<Item><ID>{}</ID><InternalName>{}</InternalName><ChannelName>{}</ChannelName></Item>",
+            id.empty() ? std::to_string(i) : id, name, channel);
     }
-    // An empty text is base -1: names come from the description.
-    const std::string bases =
-        "<BaseMedia/><BasePrintMode/><BaseResolution/><BaseColor/>"
-        "<BaseColorMode/>";
-    return "<Description>" + Element("BaseResourceNumber", bases) + "<Definition>" +
-           Element("MediaList", Item("0", Named("Paper"))) +
-           Element("PrintModeList", Item("0", Named("Fine"))) +
-           Element("ResolutionList", Item("0",
-                                          "<XResValue>300</XResValue>"
-                                          "<YResValue>600</YResValue>")) +
-           Element("ColorList", colours) + Element("ColorModeList", ColorModes(model)) +
-           "</Definition><ModelList><Model Name=\"" + kModelName + "\" " + model.OutputRules +
-           "/></ModelList></Description>";
+    std::string modes;
+    for (std::size_t i = 0; i < model.ColorModes.size(); ++i) {
+        std::string colorants;
+        for (const int colour : model.ColorModes[i]) {
+            colorants += fmt::format(
+                R"(<Colorant ID="{}" IsSpotColor="0"><ColorDepth>1</ColorDepth></Colorant>)",
+                colour);
+        }
+        modes += fmt::format(
+            "<Item><ID>{0}</ID><InternalName>{0}</InternalName><DisplayName>Mode {0}</DisplayName>"
+            "<ColorantList>{1}</ColorantList></Item>",
+            i, colorants);
+    }
+    return fmt::format(kDescription, colours, modes, kModelName, model.OutputRules);
 }
 
 Model NumberedModel(int count, const std::string& outputRules, const std::string& extension) {
-    Model model;
-    model.OutputRules = outputRules;
-    model.ColorModes.emplace_back();
+    Model model{{}, {{}}, outputRules};
     for (int i = 0; i < count; ++i) {
-        const std::string name = "C" + std::to_string(i + 1);
-        std::string channel = "filename_";
-        channel.append(name).append(".").append(extension);
-        model.Colours.push_back({name, channel});
-        model.ColorModes[0].Colours.push_back(i);
+        const std::string name = fmt::format("C{}", i + 1);
+        model.Colours.push_back({name, fmt::format("filename_{}.{}", name, extension)});
+        model.ColorModes[0].push_back(i);
     }
     return model;
 }

@@ -10,16 +10,11 @@ struct Colour {
     std::string ID{};  ///< of the channel name; empty: the colour's position
 };
 
-struct ModelColorMode {
-    std::vector<int> Colours;  ///< positions in the colour list
-    int Depth = 1;             ///< bits per pixel
-};
-
-/// A model that allows every combination of its choices.
+/// A model of one medium and print mode whose colorants have one bit.
 struct Model {
     std::vector<Colour> Colours;
-    std::vector<ModelColorMode> ColorModes;
-    std::string OutputRules{};  ///< attributes of the model's output rules
+    std::vector<std::vector<int>> ColorModes;  ///< positions in the colour list
+    std::string OutputRules{};                 ///< attributes of the model's output rules
 };
 
 inline constexpr const char* kModelName = "Roller 64";
@@ -27,4 +22,5 @@ inline constexpr const char* kModelName = "Roller 64";
 /// The model's description file, plain.
 std::string Describe(const Model& model);
 /// `count` colours C1, C2, … in one colour mode, with channel files filename_C1.`extension` …
-Model NumberedModel(int count, const std::string& outputRules, const std::string& extension);
+Model NumberedModel(int count, const std::string& outputRules,
+                    const std::string& extension = "raw");

@@ -1,7 +1,6 @@
 // Output folders that are missing, full or no folders, writes that fail, temporary files that
 // cannot be made, and calls out of order.
 
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -11,6 +10,12 @@
 #include "SystemStandIns.h"
 
 namespace {
+
+constexpr const char* kForward = "CreateFolder=\"No\"";
+constexpr const char* kForwardLines = "CreateFolder=\"No\" TypeRead=\"LINE_BY_LINE\"";
+constexpr const char* kReversed = "CreateFolder=\"No\" PrinterDirection=\"YES\"";
+constexpr const char* kReversedLines =
+    "CreateFolder=\"No\" PrinterDirection=\"YES\" TypeRead=\"LINE_BY_LINE\"";
 
 /// While this lives, a test that runs as root has the rights of nobody.
 class OrdinaryUser {
@@ -32,140 +37,118 @@ class OrdinaryUser {
 
 class OutputFaultsTest : public BoundaryTest {
   protected:
-    void Install(const std::string& rules, const std::string& extension = "raw") {
-        folder.InstallModel(kModelName, Describe(NumberedModel(2, rules, extension)));
-    }
-    Job OpenedJob(const std::filesystem::path& out) {
-        Job job = MakeJob({page});
-        EXPECT_EQ(job.Open(), 1);
-        EXPECT_EQ(job.Port(out, "Proof.ps"), 1);
-        return job;
-    }
-    void ExpectStepFails(Job& job, const std::vector<int32_t>& answers) {
+    /// The job ends with a step that fails and leaves nothing temporary; later steps are silent.
+    void ExpectFails(Job& job, const std::string& answers) {
         EXPECT_EQ(job.Run(), answers);
-        EXPECT_TRUE(job.HasEnded());
-        EXPECT_EQ(job.Step(), 0);
         EXPECT_TRUE(Listing(folder.Temp()).empty());
+        const Texts log = folder.Log();
+        EXPECT_EQ(job.Step(), 0);
+        EXPECT_EQ(folder.Log(), log);
     }
 
     // A line is 400 bytes, a channel 40,000.
     Page page = NumberedPage(3200, 100, 2, 1);
-    const std::size_t lineBytes = LineBytes(page);
-    const std::size_t channelBytes = 100 * lineBytes;
 };
 
+// No folder, a file, and one that may not be written to.
 TEST_F(OutputFaultsTest, OutputFoldersThatAreNone) {
     WriteText(folder.Root() / "file", "kept");
-    const std::filesystem::path places[] = {folder.Root() / "missing", folder.Root() / "file"};
-    for (const std::filesystem::path& place : places) {
-        Install("");
-        Job job = OpenedJob(place);
-        EXPECT_TRUE(job.HasEnded()) << "no job folder can be made";
+    std::filesystem::permissions(folder.Out(), std::filesystem::perms(0555));
+    const std::filesystem::path places[] = {folder.Root() / "missing", folder.Root() / "file",
+                                            folder.Out()};
+    for (const char* rules : {"", kForward}) {
+        Install(2, rules);
+        for (const std::filesystem::path& place : places) {
+            SCOPED_TRACE(rules + place.string());
+            Job job = MakeJob({page});
+            EXPECT_EQ(job.Open(), 1);
+            const OrdinaryUser user;
+            EXPECT_EQ(job.Port(place), 1);
+            EXPECT_EQ(job.Run(), *rules == '\0' ? "" : "10");
+        }
     }
-    EXPECT_TRUE(folder.Log().empty());
-    Install("CreateFolder=\"No\"");
-    const Driver fresh;
-    for (const std::filesystem::path& place : places) {
-        MakeJob({page});
-        Job job(fresh, JobFile());
-        ASSERT_EQ(job.Open(), 1);
-        EXPECT_EQ(job.Port(place, "Proof.ps"), 1);
-        EXPECT_FALSE(job.HasEnded());
-        EXPECT_EQ(job.Run(), (std::vector<int32_t>{1, 0}));
-    }
-    EXPECT_EQ(folder.Log(), std::vector<std::string>(2, kStepLogLine));
+    std::filesystem::permissions(folder.Out(), std::filesystem::perms(0755));
+    EXPECT_TRUE(Listing(folder.Out()).empty());
     EXPECT_EQ(ReadText(folder.Root() / "file"), "kept");
     EXPECT_FALSE(std::filesystem::exists(folder.Root() / "missing"));
 }
 
-TEST_F(OutputFaultsTest, ReadOnlyOutputFolder) {
-    std::filesystem::permissions(folder.Out(), std::filesystem::perms(0555));
-    for (const char* rules : {"CreateFolder=\"YES\"", "CreateFolder=\"No\""}) {
-        Install(rules);
-        const Driver fresh;
-        MakeJob({page});
-        Job job(fresh, JobFile());
-        ASSERT_EQ(job.Open(), 1);
-        {
-            const OrdinaryUser user;
-            EXPECT_EQ(job.Port(folder.Out(), "Proof.ps"), 1);
-            EXPECT_EQ(job.HasEnded(), std::string(rules).find("YES") != std::string::npos);
-            job.Run();
-        }
-        EXPECT_TRUE(job.HasEnded());
-        EXPECT_TRUE(Listing(folder.Out()).empty());
-    }
-    std::filesystem::permissions(folder.Out(), std::filesystem::perms(0755));
-}
-
 // A folder where a channel file should be.
 TEST_F(OutputFaultsTest, ChannelNameTakenByAFolder) {
-    Install("CreateFolder=\"No\"");
+    Install(2, kForward);
     std::filesystem::create_directory(folder.Out() / "Proof_C2.raw");
-    Job job = OpenedJob(folder.Out());
-    ExpectStepFails(job, {1, 0});
-    EXPECT_EQ(Output("Proof_C1.raw"), ChannelBytes(page, 0));
-    EXPECT_EQ(folder.Log(), std::vector<std::string>{kStepLogLine});
+    Job job = StartJob({page});
+    ExpectFails(job, "10");
+    EXPECT_EQ(Output("Proof_C1.raw"), ChannelBytes(page, "C1"));
+    EXPECT_EQ(folder.Log(), Texts{kStepLogLine});
 }
-
-struct WriteFault {
-    const char* Rules;
-    const char* Extension;
-    std::size_t Limit;  ///< bytes that a file can hold
-};
-constexpr WriteFault kWriteFaults[] = {
-    {"", "raw", 0},
-    {"", "raw", 1},
-    {"", "raw", 20000},
-    {"", "raw", 39600},
-    {"", "raw", 39999},
-    {"", "tif", 0},
-    {"", "tif", 20000},
-    {"", "tif", 39999},
-    {"", "tif", 40008},
-    {"TypeRead=\"LINE_BY_LINE\"", "raw", 39999},
-    {"TypeRead=\"LINE_BY_LINE\"", "tif", 40008},
-};
-
-class WriteFaultTest : public OutputFaultsTest, public ::testing::WithParamInterface<WriteFault> {};
 
 // The step that meets the fault fails, with the last line at the latest.
-TEST_P(WriteFaultTest, EndsTheJob) {
-    Install(std::string("CreateFolder=\"No\" ") + GetParam().Rules, GetParam().Extension);
-    Job job = OpenedJob(folder.Out());
-    {
-        const FileSizeLimit limit(GetParam().Limit);
-        ExpectStepFails(job, {1, 0});
+TEST_F(OutputFaultsTest, WritesThatFail) {
+    struct Row {
+        const char* Rules;
+        const char* Extension;
+        rlim_t Room;  ///< bytes that a file can hold
+        const char* Answers;
+        const char* Text;
+    };
+    const char* const error = "Write Data Error";
+    const Row rows[] = {
+        {kForward, "raw", 40000, "1111", ""},
+        {kForward, "raw", 0, "10", ""},
+        {kForward, "raw", 20000, "10", ""},
+        {kForward, "raw", 39999, "10", ""},
+        {kForward, "tif", 20000, "10", ""},
+        {kForward, "tif", 40008, "10", ""},
+        {kForwardLines, "raw", 39999, "10", ""},
+        {kForwardLines, "tif", 40008, "10", ""},
+        // The temporary file is as large as the channel, or as both: it is full in the middle or
+        // at its close.
+        {kReversed, "raw", 40000, "1111", ""},
+        {kReversed, "raw", 39999, "10", error},
+        {kReversed, "raw", 399, "10", error},
+        {kReversedLines, "raw", 80000, "1111", ""},
+        {kReversedLines, "raw", 79999, "110", error},
+        {kReversedLines, "raw", 399, "110", error},
+        // The lines fit into it, the TIFF around them does not: the page goes on.
+        {kReversed, "tif", 40000, "1111", ""},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(fmt::format("{} {} {}", row.Rules, row.Extension, row.Room));
+        EmptyOutputFolder();
+        std::filesystem::remove(folder.Root() / "log");
+        Install(2, row.Rules, row.Extension);
+        Job job = StartJob({page});
+        std::string answers;
+        {
+            const FileSizeLimit limit(row.Room);
+            answers = job.Run();
+        }
+        EXPECT_EQ(answers, row.Answers);
+        EXPECT_STREQ(job.Status.StatusText, row.Text);
+        EXPECT_EQ(job.Status.StatusKind, *row.Text == '\0' ? 0 : 1);
+        EXPECT_TRUE(Listing(folder.Temp()).empty());
+        const Texts log = folder.Log();
+        if (!IsPrinted(answers) && row.Room > 0) {  // else the log has no room either
+            ASSERT_FALSE(log.empty());
+            EXPECT_EQ(log.back(), kStepLogLine);
+        } else if (std::string(row.Extension) == "tif") {
+            ASSERT_EQ(log.size(), 2U) << "the short files are named";
+            EXPECT_NE(log[0].find((folder.Out() / "Proof_C1.tif").string()), std::string::npos);
+            EXPECT_NE(log[1].find((folder.Out() / "Proof_C2.tif").string()), std::string::npos);
+        } else {
+            EXPECT_TRUE(log.empty());
+        }
     }
-    const std::vector<std::string> log = folder.Log();
-    if (GetParam().Limit > 1000) {  // else the log has no room either
-        ASSERT_FALSE(log.empty());
-        EXPECT_EQ(log.back(), kStepLogLine);
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(Limits, WriteFaultTest, ::testing::ValuesIn(kWriteFaults),
-                         [](const auto& tested) { return "Case" + std::to_string(tested.index); });
-
-// With exactly the room it needs a job succeeds: the limit is no fault of its own.
-TEST_F(OutputFaultsTest, ExactlyEnoughRoom) {
-    Install("CreateFolder=\"No\" PrinterDirection=\"YES\"");
-    Job job = OpenedJob(folder.Out());
-    {
-        const FileSizeLimit limit(channelBytes);
-        EXPECT_EQ(job.Run(), (std::vector<int32_t>{1, 1, 1, 1}));
-    }
-    EXPECT_EQ(Output("Proof_C2.raw"), ChannelBytes(page, 1, true));
 }
 
 TEST_F(OutputFaultsTest, BlankPlaneThatDoesNotFit) {
-    Install("CreateFolder=\"No\"");
-    page = RandomPage(3200, 100, {{"Gold"}}, 1);
-    for (const rlim_t room : {channelBytes - 1, channelBytes / 2}) {
-        Job job = OpenedJob(folder.Out());
+    Install(2, kForward);
+    for (const rlim_t room : {39999, 20000}) {
+        Job job = StartJob({RandomPage(3200, 100, {{"Gold"}}, 1)});
         {
             const FileSizeLimit limit(room);
-            EXPECT_EQ(job.Run(), (std::vector<int32_t>{1, 1, 0}));
+            ExpectFails(job, "110");
         }
         EXPECT_STREQ(job.Status.StatusText, "Write Data Error");
         EXPECT_EQ(job.Status.StatusKind, 1);
@@ -173,180 +156,90 @@ TEST_F(OutputFaultsTest, BlankPlaneThatDoesNotFit) {
     }
 }
 
-// The temporary file is as large as the channel: it is full in the middle, or at its close.
-TEST_F(OutputFaultsTest, ReversedDataThatDoesNotFit) {
-    for (const char* order : {"", " TypeRead=\"LINE_BY_LINE\""}) {
-        for (const rlim_t room : {channelBytes - 1, channelBytes / 2, lineBytes - 1}) {
-            SCOPED_TRACE(std::string(order) + std::to_string(room));
-            Install(std::string("CreateFolder=\"No\" PrinterDirection=\"YES\"") + order);
-            const Driver fresh;
-            MakeJob({page});
-            Job job(fresh, JobFile());
-            ASSERT_EQ(job.Open(), 1);
-            ASSERT_EQ(job.Port(folder.Out(), "Proof.ps"), 1);
-            std::vector<int32_t> answers;
-            {
-                const FileSizeLimit limit(room);
-                answers = job.Run();
-            }
-            EXPECT_EQ(answers.back(), 0);
-            EXPECT_STREQ(job.Status.StatusText, "Write Data Error");
-            EXPECT_EQ(job.Status.StatusKind, 1);
-            EXPECT_EQ(folder.Log().back(), kStepLogLine);
-            EXPECT_TRUE(Listing(folder.Temp()).empty());
-        }
-    }
-}
-
-// The lines fit into the temporary file, the TIFF around them does not: the page goes on, and
-// the log names the short file.
-TEST_F(OutputFaultsTest, ReversedCopyThatDoesNotFit) {
-    Install("CreateFolder=\"No\" PrinterDirection=\"YES\"", "tif");
-    Job job = OpenedJob(folder.Out());
-    {
-        const FileSizeLimit limit(channelBytes);
-        EXPECT_EQ(job.Run(), (std::vector<int32_t>{1, 1, 1, 1}));
-    }
-    const std::vector<std::string> log = folder.Log();
-    for (const char* name : {"Proof_C1.tif", "Proof_C2.tif"}) {
-        const std::string path = (folder.Out() / name).string();
-        EXPECT_TRUE(std::any_of(log.begin(), log.end(), [&](const std::string& line) {
-            return line.substr(0, 2) == "E " && line.find(path) != std::string::npos;
-        })) << name;
-    }
-    EXPECT_TRUE(Listing(folder.Temp()).empty());
-}
-
 // Without a usable temporary file reversed channels are written top line first.
 TEST_F(OutputFaultsTest, TemporaryFolders) {
-    struct Row {
-        const char* Name;
-        std::function<void(const std::filesystem::path&)> Prepare;
-        bool IsReversed;
-    };
-    const Row rows[] = {
-        {"missing", [](const auto& temp) { std::filesystem::remove_all(temp); }, false},
-        {"a file",
-         [](const auto& temp) {
-             std::filesystem::remove_all(temp);
-             WriteText(temp, "kept");
-         },
-         false},
-        {"channel_data is a folder",
-         [](const auto& temp) {
-             std::filesystem::create_directories(temp / "channel_data");
-             WriteText(temp / "channel_data/kept", "kept");
-         },
-         false},
-        {"left-over channel_data",
-         [](const auto& temp) { WriteText(temp / "channel_data", std::string(99999, 'x')); }, true},
-    };
-    for (const char* order : {"", " TypeRead=\"LINE_BY_LINE\""}) {
-        Install(std::string("CreateFolder=\"No\" PrinterDirection=\"YES\"") + order);
-        const Driver fresh;
-        for (const Row& row : rows) {
-            SCOPED_TRACE(std::string(row.Name) + order);
-            std::filesystem::remove_all(folder.Temp());
-            std::filesystem::create_directory(folder.Temp());
-            row.Prepare(folder.Temp());
-            const bool existed = std::filesystem::exists(folder.Temp());
-            const std::vector<std::string> before = std::filesystem::is_directory(folder.Temp())
-                                                        ? Listing(folder.Temp())
-                                                        : std::vector<std::string>{};
-            MakeJob({page});
-            ASSERT_TRUE(Job(fresh, JobFile()).Print(folder.Out(), "Proof.ps"));
-            EXPECT_EQ(Output("Proof_C1.raw"), ChannelBytes(page, 0, row.IsReversed));
-            EXPECT_EQ(Output("Proof_C2.raw"), ChannelBytes(page, 1, row.IsReversed));
-            EXPECT_EQ(std::filesystem::exists(folder.Temp()), existed);
-            if (row.IsReversed) {
-                EXPECT_TRUE(Listing(folder.Temp()).empty());
-            } else if (std::filesystem::is_directory(folder.Temp())) {
-                EXPECT_EQ(Listing(folder.Temp()), before);
-            }
+    const std::filesystem::path data = folder.Temp() / "channel_data";
+    const auto expectPrinted = [&](const char* what, bool isReversed) {
+        for (const char* rules : {kReversed, kReversedLines}) {
+            Install(2, rules);
+            ASSERT_TRUE(Print({page})) << what;
+            EXPECT_EQ(Output("Proof_C1.raw"), ChannelBytes(page, "C1", isReversed)) << what;
+            EXPECT_EQ(Output("Proof_C2.raw"), ChannelBytes(page, "C2", isReversed)) << what;
         }
-    }
+    };
+    WriteText(data, std::string(99999, 'x'));
+    expectPrinted("left-over data", true);
+    EXPECT_TRUE(Listing(folder.Temp()).empty());
+    std::filesystem::create_directory(data);
+    WriteText(data / "kept", "kept");
+    expectPrinted("a folder of that name", false);
+    EXPECT_EQ(ReadText(data / "kept"), "kept");
+    std::filesystem::remove_all(folder.Temp());
+    expectPrinted("no folder", false);
+    EXPECT_FALSE(std::filesystem::exists(folder.Temp()));
     EXPECT_TRUE(folder.Messages().empty());
 }
 
 // Height × channels × line bytes and one MiB more, for channels without separations too.
 TEST_F(OutputFaultsTest, DiskSpace) {
-    folder.InstallModel(kModelName, Describe(NumberedModel(5, "CreateFolder=\"No\"", "raw")));
-    const uint64_t needed = uint64_t{100} * 5 * lineBytes + 0x100000;
+    Install(5, kForward);
+    constexpr int64_t kNeeded = int64_t{100} * 5 * 400 + 0x100000;
     {
-        const FreeSpace space(needed);
-        Job job = OpenedJob(folder.Out());
-        EXPECT_EQ(job.Run(), (std::vector<int32_t>{1, 1, 1, 1}));
+        const StandIn space(freeSpaceBytes, kNeeded);
+        EXPECT_TRUE(Print({page}));
     }
     EXPECT_TRUE(folder.Messages().empty());
-    for (const auto& entry : std::filesystem::directory_iterator(folder.Out())) {
-        std::filesystem::remove(entry);
-    }
-    const FreeSpace space(needed - 1);
-    Job job = OpenedJob(folder.Out());
+    EmptyOutputFolder();
+    const StandIn space(freeSpaceBytes, kNeeded - 1);
+    Job job = StartJob({page});
     job.Status.OwnerWindow = reinterpret_cast<void*>(uintptr_t{0x1234});
-    ExpectStepFails(job, {0});
-    EXPECT_EQ(folder.Messages(),
-              std::vector<std::string>{"{\"caption\":\"\",\"owner\":4660,\"text\":\"There is not "
+    ExpectFails(job, "0");
+    EXPECT_EQ(folder.Messages(), Texts{"{\"caption\":\"\",\"owner\":4660,\"text\":\"There is not "
                                        "enough disk space.\",\"type\":65536}"});
-    EXPECT_EQ(folder.Log(), std::vector<std::string>{kStepLogLine});
+    EXPECT_EQ(folder.Log(), Texts{kStepLogLine});
     EXPECT_TRUE(Listing(folder.Out()).empty());
 }
 
+// The port of an earlier job does not count.
 TEST_F(OutputFaultsTest, StepBeforeThePort) {
-    Install("CreateFolder=\"No\"");
-    for (const bool withPrinted : {false, true}) {
-        if (withPrinted) {
-            ASSERT_TRUE(MakeJob({page}).Print(folder.Out(), "Proof.ps"));
-        }
-        const std::vector<std::string> before = Listing(folder.Root());
+    Install(2, kForward);
+    for (const std::size_t files : {0U, 2U}) {
         Job job = MakeJob({page});
         ASSERT_EQ(job.Open(), 1);
-        const std::size_t logged = folder.Log().size();
-        ExpectStepFails(job, {0});
-        EXPECT_EQ(folder.Log().size(), logged + 1);
+        ExpectFails(job, "0");
         EXPECT_EQ(folder.Log().back(), kStepLogLine);
-        const std::vector<std::string> channels = Listing(folder.Out());
-        EXPECT_EQ(channels.size(), withPrinted ? 2u : 0u);
+        EXPECT_EQ(Listing(folder.Out()).size(), files);
         EXPECT_TRUE(Listing(folder.Base() / "temp").empty());
+        ASSERT_TRUE(Print({page}));
     }
+    EXPECT_EQ(folder.Log().size(), 2U);
 }
 
-// An open that fails releases the job before it and leaves that job's record alone.
-TEST_F(OutputFaultsTest, FailedOpenInTheMiddleOfAJob) {
-    Install("CreateFolder=\"No\" PrinterDirection=\"YES\"");
-    Job first = OpenedJob(folder.Out());
-    ASSERT_EQ(first.Step(), 1);
-    {
-        const SteppingClock clock(201);
+// An open that fails releases the job before it and leaves that job's record alone; a host may
+// let go of the driver at any time.
+TEST_F(OutputFaultsTest, JobsLeftInTheMiddleOfAPage) {
+    Install(2, kReversed);
+    for (const bool isDriverDeleted : {false, true}) {
+        Job first = StartJob({page});
         ASSERT_EQ(first.Step(), 1);
+        {
+            const StandIn clock(clockStepMs, 201);
+            ASSERT_EQ(first.Step(), 1);
+        }
+        EXPECT_EQ(Listing(folder.Temp()), Texts{"channel_data"});
+        if (isDriverDeleted) {
+            driver.reset();
+        } else {
+            Job second(*driver, folder.Jobs() / "none");
+            EXPECT_EQ(second.Open(), 0);
+            EXPECT_TRUE(second.HasEnded());
+            EXPECT_EQ(first.Step(), 0);
+            EXPECT_EQ(driver->Call(kAbortJob), 0);
+        }
+        EXPECT_FALSE(first.HasEnded());
+        EXPECT_TRUE(Listing(folder.Temp()).empty());
+        EXPECT_TRUE(folder.Log().empty());
     }
-    Job second(driver, folder.Jobs() / "none");
-    EXPECT_EQ(second.Open(), 0);
-    EXPECT_TRUE(second.HasEnded());
-    EXPECT_FALSE(first.HasEnded());
-    EXPECT_EQ(first.Step(), 0);
-    EXPECT_EQ(driver.Call(kAbortJob), 0);
-    EXPECT_FALSE(first.HasEnded());
-    EXPECT_TRUE(Listing(folder.Temp()).empty());
-    EXPECT_TRUE(folder.Log().empty());
-    EXPECT_TRUE(MakeJob({page}).Print(folder.Out(), "Proof.ps"));
-}
-
-// A host may let go of the driver at any time.
-TEST_F(OutputFaultsTest, DriverDeletedInTheMiddleOfAPage) {
-    Install("CreateFolder=\"No\" PrinterDirection=\"YES\"");
-    MakeJob({page});
-    {
-        const Driver shortLived;
-        Job job(shortLived, JobFile());
-        ASSERT_EQ(job.Open(), 1);
-        ASSERT_EQ(job.Port(folder.Out(), "Proof.ps"), 1);
-        ASSERT_EQ(job.Step(), 1);
-        const SteppingClock clock(201);
-        ASSERT_EQ(job.Step(), 1);
-        EXPECT_FALSE(Listing(folder.Temp()).empty());
-    }
-    EXPECT_TRUE(Listing(folder.Temp()).empty());
 }
 
 }  // namespace

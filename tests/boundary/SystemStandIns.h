@@ -1,24 +1,26 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 // Stand-ins for system calls of this process and every library that it loads.
 
-/// While this lives, the monotonic clock is a test's own: every look at it finds it
-/// `milliseconds` later than the look before, so that time slices end at known rows.
-class SteppingClock {
-  public:
-    explicit SteppingClock(int milliseconds);
-    ~SteppingClock();
-    SteppingClock(const SteppingClock&) = delete;
-    SteppingClock& operator=(const SteppingClock&) = delete;
-};
+/// Not 0: the monotonic clock is a test's own, and every look at it finds it this much later than
+/// the look before, so that time slices end at known rows.
+inline std::atomic<int64_t> clockStepMs = 0;
+/// Not negative: every file system has so many bytes free.
+inline std::atomic<int64_t> freeSpaceBytes = -1;
 
-/// While this lives, every file system has this many bytes free.
-class FreeSpace {
+/// Gives a stand-in a value for as long as this lives.
+class StandIn {
   public:
-    explicit FreeSpace(uint64_t bytes);
-    ~FreeSpace();
-    FreeSpace(const FreeSpace&) = delete;
-    FreeSpace& operator=(const FreeSpace&) = delete;
+    StandIn(std::atomic<int64_t>& setting, int64_t value)
+        : setting_(setting), before_(setting.exchange(value)) {}
+    ~StandIn() { setting_ = before_; }
+    StandIn(const StandIn&) = delete;
+    StandIn& operator=(const StandIn&) = delete;
+
+  private:
+    std::atomic<int64_t>& setting_;
+    int64_t before_;
 };
