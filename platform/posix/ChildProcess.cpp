@@ -9,8 +9,6 @@
 #include <cerrno>
 #include <string_view>
 
-extern char** environ;
-
 namespace {
 
 /// What a shell answers for a program that a signal ended.
@@ -27,12 +25,13 @@ std::vector<std::string> ChangedEnvironment(
         if (!replaced) result.emplace_back(text);
     }
     for (const auto& [name, value] : changes)
-        if (!value.empty()) result.push_back(name + '=' + value);
+        if (!value.empty()) result.emplace_back(name).append(1, '=').append(value);
     return result;
 }
 
 std::vector<char*> Pointers(std::vector<std::string>& texts) {
     std::vector<char*> result;
+    result.reserve(texts.size() + 1);
     for (std::string& text : texts)
         result.push_back(text.data());
     result.push_back(nullptr);
