@@ -23,7 +23,7 @@ constexpr int32_t kFilePort = 256;
 constexpr int32_t kJobEnded = -1;
 
 /// Takes what a driver streams to the host itself; this one writes files, so nothing comes.
-struct Output final {
+struct Output {
     virtual int32_t Reserved() { return 0; }
     virtual int32_t Write(const void* /*data*/, int32_t count, int64_t /*value*/) { return count; }
 };
