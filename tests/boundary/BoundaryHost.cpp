@@ -21,12 +21,11 @@ int32_t OutputSink::Write(const void* /*data*/, int32_t count, int64_t /*value*/
 }
 
 PrintSettings Settings(const std::string& model, int32_t media, int32_t printMode,
-                       int32_t resolution, int32_t colorMode) {
+                       int32_t resolution) {
     PrintSettings settings;
     SetText(settings.ModelName, model);
     settings.MediaIndex = media;
     settings.PrintModeIndex = printMode;
     settings.ResolutionIndex = resolution;
-    settings.ColorModeIndex = colorMode;
     return settings;
 }

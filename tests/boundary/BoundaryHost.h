@@ -37,7 +37,6 @@ enum Operation : int {
     kGetColorantListAgain = 52,
     kGetDitherParamsEx = 54,
     kSetPrintSettings = 56,
-    kGetWriterDriverId = 58,
     kReadJobHeader = 59,
 };
 
@@ -77,7 +76,7 @@ class OutputSink final : public HostOutput {
 
 /// Settings of a model with its choices. The model's name is cut to fit.
 PrintSettings Settings(const std::string& model, int32_t media = 0, int32_t printMode = 0,
-                       int32_t resolution = 0, int32_t colorMode = 0);
+                       int32_t resolution = 0);
 
 /// Copies text into a record's field, zero behind it, cut with room for the NUL.
 template <std::size_t size>

@@ -10,15 +10,10 @@ namespace {
 
 class CapabilitiesTest : public BoundaryTest {
   protected:
-    void SetUp() override { Install(kGoodDescription); }
-    void Install(const std::string& description) {
-        folder.InstallModel("Roll", description);
-        driver = std::make_unique<Driver>();
-    }
+    void SetUp() override { folder.InstallModel("Roll", kGoodDescription); }
     CapabilityList Media() {
         CapabilityList list;
-        const int32_t answer = driver->Call(kGetMediaList, &settings, &list, &out);
-        EXPECT_EQ(answer, list.empty() ? 0 : 1);
+        EXPECT_EQ(driver->Call(kGetMediaList, &settings, &list, &out), 1);
         return list;
     }
 
@@ -126,40 +121,6 @@ TEST_F(CapabilitiesTest, ColorModesAndColorants) {
     EXPECT_EQ(driver->Call(kGetColorantList, 0, &list), 1);
     EXPECT_EQ(list.Count, 2);
     EXPECT_EQ(items[2].ColorDepth, 77U);
-}
-
-// What a user sees of faulty descriptions, and that a driver reads a mended one from its beginning.
-TEST_F(CapabilitiesTest, FaultyDescriptions) {
-    std::string deep;
-    for (int i = 0; i < 200000; ++i)
-        deep += "<a>";
-    const std::string texts[] = {
-        "no description", deep, "<Any/>", Edited(kGoodDescription, {{"<ID>4</ID>", "<ID>-4</ID>"}}),
-        Edited(kGoodDescription, {{"ColorModeList", "None"}})};  // without a message
-    for (const std::string& text : texts) {
-        folder.InstallModel("Roll", text);
-        EXPECT_TRUE(Media().empty());
-    }
-    folder.InstallModel("Other", kGoodDescription);
-    EXPECT_TRUE(Media().empty());
-    folder.InstallModel("Roll", kGoodDescription);
-    EXPECT_EQ(Media().size(), 3U);
-    EXPECT_EQ(
-        folder.Messages(),
-        (Texts{"Loading description file fails", "Loading description file fails",
-               "Getting DEFINITIONNODE node fails", "Wrong Color index.", "Cannot get XML "}));
-}
-
-// Texts come in the host's code page, which is looked up at each conversion.
-TEST_F(CapabilitiesTest, CodePages) {
-    Install(Edited(kGoodDescription, {{">Vinyl<", ">\xC3\x84\xE2\x82\xAC<"}}));
-    constexpr std::pair<const char*, const char*> kNames[] = {
-        {"CP1252", "\xC4\x80"}, {"ISO-8859-1", "\xC4?"}, {"UTF-8", "\xC3\x84\xE2\x82\xAC"}};
-    for (const auto& [codePage, name] : kNames) {
-        setenv("QL_CODE_PAGE", codePage, 1);
-        driver = std::make_unique<Driver>();
-        EXPECT_EQ(std::string(Media().at(2).DisplayName), name) << codePage;
-    }
 }
 
 }  // namespace

@@ -71,36 +71,36 @@ TEST_F(ChannelFilesTest, OneColorantMode) {
     }
 }
 
-// Whatever stood there before, a larger file included, is gone.
-TEST_F(ChannelFilesTest, FormatGoesByTheExtension) {
-    const std::vector<NamedChannel> channels = {{"a.TIF", "TIFF"}, {"b.tif", "TIFF"},
-                                                {"c.raw", ""},     {"tif", ""},
-                                                {"d.raw", ""},     {"e.Tiff", "TIFF"}};
-    Install(channels);
-    for (const NamedChannel& channel : channels)
-        WriteText(folder.Out() / channel.Pattern, std::string(100000, 'x'));
-    const Page page = NumberedPage(65, 7, 4, 1);  // the last two are blank planes
-    ASSERT_TRUE(Print({page}));
-    int number = 0;
-    for (const auto& [name, format] : channels) {
-        const bool isTiff = *format != '\0';
-        EXPECT_EQ(isTiff ? ReadTiff(folder.Out() / name).Data : Output(name),
-                  ChannelBytes(page, fmt::format("C{}", ++number)))
-            << name;
-    }
-}
-
+// Whatever stood there before.
 TEST_F(ChannelFilesTest, TiffinfoReadsAChannel) {
+    struct Row {
+        int Depth;
+        float XResolution, YResolution;
+        const char* Resolution;
+    };
+    constexpr Row kRows[] = {
+        {1, 300, 600, "300, 600"},
+        {2, 0.6F, 1.4F, "0.6, 1.4"},
+        {4, 359.7F, 1e6F, "359.7, 1e+06"},
+        {8, 1440, 72, "1440, 72"},
+        {1, 0, 0, ""},
+        {1, -5, 300, ""},
+    };
     BoundaryTest::Install(2, "CreateFolder=\"No\"", "tif");
-    for (const int depth : {1, 2, 4, 8}) {
-        const Page page = RandomPage(1001, 70, {{"C1", depth}, {"C2", depth}}, 1);
-        ASSERT_TRUE(Print({page}));
-        const std::string text =
-            PrintedBy(fmt::format("tiffinfo -D '{}'", (folder.Out() / "Proof_C2.tif").string()));
+    for (const Row& row : kRows) {
+        const Page page = RandomPage(1001, 70, {{"C1", row.Depth}, {"C2", row.Depth}}, 1);
+        JobChoices choices;
+        choices.XResolution = row.XResolution;
+        choices.YResolution = row.YResolution;
+        ASSERT_TRUE(Print({page}, "Proof.ps", choices));
+        const std::filesystem::path path = folder.Out() / "Proof_C2.tif";
+        EXPECT_EQ(TiffRows(path), ChannelBytes(page, "C2"));
+        const std::string text = PrintedBy(fmt::format("tiffinfo -D '{}'", path.string()));
         for (const std::string& part :
              {std::string("Image Width: 1024 Image Length: 70"),
-              std::string("Resolution: 300, 600 pixels/inch"),
-              fmt::format("Bits/Sample: {}\n", depth), std::string("Compression Scheme: None"),
+              fmt::format("Bits/Sample: {}\n", row.Depth),
+              fmt::format("Resolution: {}", row.Resolution), std::string("pixels/inch"),
+              std::string("Compression Scheme: None"),
               std::string("Photometric Interpretation: min-is-white"),
               std::string("Samples/Pixel: 1")}) {
             EXPECT_NE(text.find(part), std::string::npos) << part << " in\n" << text;

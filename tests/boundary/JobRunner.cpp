@@ -82,19 +82,17 @@ std::string ChannelBytes(const Page& page, const std::string& colorant, bool bot
     return bytes;
 }
 
-TiffChannel ReadTiff(const std::filesystem::path& path) {
-    TiffChannel channel;
+std::string TiffRows(const std::filesystem::path& path) {
     TIFF* const tiff = TIFFOpen(path.c_str(), "r");
-    if (tiff == nullptr) return channel;
-    TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &channel.Width);
-    TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &channel.Height);
-    TIFFGetField(tiff, TIFFTAG_XRESOLUTION, &channel.XResolution);
-    TIFFGetField(tiff, TIFFTAG_YRESOLUTION, &channel.YResolution);
+    if (tiff == nullptr) return "";
+    std::string rows;
+    uint32_t height = 0;
+    TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &height);
     std::string row(static_cast<std::size_t>(TIFFScanlineSize(tiff)), '\0');
-    for (uint32_t y = 0; y < channel.Height && TIFFReadScanline(tiff, row.data(), y, 0) == 1; ++y)
-        channel.Data += row;
+    for (uint32_t y = 0; y < height && TIFFReadScanline(tiff, row.data(), y, 0) == 1; ++y)
+        rows += row;
     TIFFClose(tiff);
-    return channel;
+    return rows;
 }
 
 std::string PrintedBy(const std::string& command) {

@@ -92,15 +92,8 @@ std::size_t LineBytes(const Page& page);
 /// line first for printers of that direction; zeros when there is none.
 std::string ChannelBytes(const Page& page, const std::string& colorant, bool bottomFirst = false);
 
-/// A TIFF channel as an imaging tool sees it; without data when it cannot be read.
-struct TiffChannel {
-    uint32_t Width = 0;
-    uint32_t Height = 0;
-    float XResolution = 0;
-    float YResolution = 0;
-    std::string Data{};
-};
-TiffChannel ReadTiff(const std::filesystem::path& path);
+/// The rows of a TIFF channel as an imaging tool reads them; "" when it cannot.
+std::string TiffRows(const std::filesystem::path& path);
 
 /// What a shell command prints on both outputs.
 std::string PrintedBy(const std::string& command);

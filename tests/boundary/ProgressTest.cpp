@@ -80,15 +80,6 @@ TEST_F(ProgressTest, TextsAndSlices) {
     }
 }
 
-TEST_F(ProgressTest, LongSeparationNamesAreCut) {
-    page.Separations[2].DisplayName = std::string(700, 'n');
-    Job job = PageStarted("");
-    const StandIn clock(clockStepMs, kRowASlice);
-    EXPECT_EQ(job.Step(), 1);
-    EXPECT_EQ(std::string(job.Status.StatusText, sizeof job.Status.StatusText),
-              std::string(255, 'n') + '\0');
-}
-
 // After any number of slices, before the port too: the files are closed, nothing temporary stays,
 // later steps are silent, and the driver takes the next job.
 TEST_F(ProgressTest, AbortEndsTheJobAtOnce) {
