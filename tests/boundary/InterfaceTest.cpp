@@ -21,6 +21,10 @@ std::string DescriptionWithMedia(int count, const std::string& rules = "") {
 class InterfaceTest : public BoundaryTest {
   protected:
     void SetUp() override { Install(DescriptionWithMedia(3)); }
+    template <class... Arguments>
+    void Expect(int32_t answer, int entry, Arguments... arguments) {
+        EXPECT_EQ(driver->Call(entry, arguments...), answer) << "entry " << entry;
+    }
 
     PrintSettings settings = Settings(kModelName);
 };
@@ -33,22 +37,22 @@ TEST_F(InterfaceTest, FixedAnswers) {
     };
     void* const none = nullptr;
     for (const auto& [entry, answer] : kAnswers)
-        EXPECT_EQ(driver->Call(entry, none, none, none, none), answer) << entry;
+        Expect(answer, entry, none, none, none, none);
     EXPECT_EQ(driver->Call<float>(kGetDriverValue), 8.0F);
     for (int32_t b : {-1, 0, 1})
-        EXPECT_EQ(driver->Call(kReservedQuery18, none, &b), 1) << b;
+        Expect(1, kReservedQuery18, none, &b);
 }
 
 TEST_F(InterfaceTest, ReservedAndHalftoneQueries) {
     CapabilityItem item{};
     int32_t out = 0;
     void* const a = &item;
-    EXPECT_EQ(driver->Call(kReservedMediaQuery2, &settings, &item, a, 7, &out), 1);
+    Expect(1, kReservedMediaQuery2, &settings, &item, a, 7, &out);
     EXPECT_EQ(out, 7);
-    EXPECT_EQ(driver->Call(kReservedQuery21, a, -8, &out), 1);
+    Expect(1, kReservedQuery21, a, -8, &out);
     EXPECT_EQ(out, -8);
-    EXPECT_EQ(driver->Call(kReservedMediaQuery1, &settings, &item, a, a, a, a), 0);
-    EXPECT_EQ(driver->Call(kReservedMediaQuery3, &settings, &item, a, a, a, a, a), 0);
+    Expect(0, kReservedMediaQuery1, &settings, &item, a, a, a, a);
+    Expect(0, kReservedMediaQuery3, &settings, &item, a, a, a, a, a);
     for (int entry = 30; entry <= 33; ++entry) {
         CapabilityList list(3);
         driver->Call(entry, &list);
@@ -57,10 +61,9 @@ TEST_F(InterfaceTest, ReservedAndHalftoneQueries) {
         driver->Call(entry, static_cast<CapabilityList*>(nullptr));
     }
     std::string record(1 << 20, 'Z');
-    EXPECT_EQ(driver->Call(kGetScreeningParams, record.data(), &settings), 0);
-    EXPECT_EQ(driver->Call(kGetDitherParams, kModelName, "Maker", &settings, record.data()), 0);
-    EXPECT_EQ(driver->Call(kGetDitherParamsEx, kModelName, "Maker", &settings, a, record.data()),
-              0);
+    Expect(0, kGetScreeningParams, record.data(), &settings);
+    Expect(0, kGetDitherParams, kModelName, "Maker", &settings, record.data());
+    Expect(0, kGetDitherParamsEx, kModelName, "Maker", &settings, a, record.data());
     EXPECT_TRUE(record == std::string(1 << 20, 'Z')) << "nothing is written";
 }
 
@@ -79,44 +82,41 @@ TEST_F(InterfaceTest, NullArguments) {
     HostOutput* const output = &sink;
     const char* const text = "DriverOptionBinary=";
     void* const none = nullptr;
-    const auto expect = [this](int32_t answer, int entry, auto... arguments) {
-        EXPECT_EQ(driver->Call(entry, arguments...), answer) << "entry " << entry;
-    };
-    expect(0, kOpenJob, none, output);
-    expect(0, kOpenJob, &status, none);
-    expect(0, kProcessJobStep);
-    expect(0, kAbortJob);
-    expect(1, kOpenPort, folder.Out().c_str(), "name");
-    expect(0, kReadJobHeader);
-    expect(0, kShowDriverOptions, none, 2, &settings, none);
-    expect(0, kShowDriverOptions, &block, 2, none, none);
-    expect(0, kDecodeDriverOptions, none, &block, &settings);
-    expect(0, kDecodeDriverOptions, text, none, &settings);
-    expect(1, kDecodeDriverOptions, text, &block, none);
-    expect(-1, kFindColorModeID, none);
-    expect(0, kGetColorantList, 0, none);
-    expect(0, kGetColorantListAgain, 0, none);
-    expect(0, kGetColorantList, -1, &colorants);
-    expect(0, kGetScreeningParams, none, none);
-    expect(0, kGetMediaList, none, &media, &out);
-    expect(0, kGetMediaList, &settings, none, &out);
-    expect(1, kGetMediaList, &settings, &media, none);
-    expect(0, kGetPrintModeList, none, &item, &media, &out);
-    expect(0, kGetPrintModeList, &settings, &item, none, &out);
-    expect(0, kGetResolutionList, none, &item, &item, &resolutions, none);
-    expect(0, kGetResolutionList, &settings, &item, &item, none, none);
-    expect(0, kReservedMediaQuery1, none, none, none, none, none, none);
-    expect(1, kReservedMediaQuery2, none, none, none, 3, none);
-    expect(0, kReservedMediaQuery3, none, none, none, none, none, none, none);
-    expect(1, kReservedQuery21, none, 3, none);
-    expect(0, kAreOptionsDifferent, none, &block);
-    expect(0, kAreOptionsDifferent, &block, none);
-    expect(0, kEnsureDriverOptions, none);
-    expect(0, kGetDitherParams, none, none, none, none);
-    expect(0, kGetDitherParamsEx, none, none, none, none, none);
-    expect(1, kSetPrintSettings, none);
-    expect(0, kIsColorModeAllowed, 0, none, none, &settings);  // no such item
-    expect(0, kGetDefaultColorMode, none, &settings);
+    Expect(0, kOpenJob, none, output);
+    Expect(0, kOpenJob, &status, none);
+    Expect(0, kProcessJobStep);
+    Expect(0, kAbortJob);
+    Expect(1, kOpenPort, folder.Out().c_str(), "name");
+    Expect(0, kReadJobHeader);
+    Expect(0, kShowDriverOptions, none, 2, &settings, none);
+    Expect(0, kShowDriverOptions, &block, 2, none, none);
+    Expect(0, kDecodeDriverOptions, none, &block, &settings);
+    Expect(0, kDecodeDriverOptions, text, none, &settings);
+    Expect(1, kDecodeDriverOptions, text, &block, none);
+    Expect(-1, kFindColorModeID, none);
+    Expect(0, kGetColorantList, 0, none);
+    Expect(0, kGetColorantListAgain, 0, none);
+    Expect(0, kGetColorantList, -1, &colorants);
+    Expect(0, kGetScreeningParams, none, none);
+    Expect(0, kGetMediaList, none, &media, &out);
+    Expect(0, kGetMediaList, &settings, none, &out);
+    Expect(1, kGetMediaList, &settings, &media, none);
+    Expect(0, kGetPrintModeList, none, &item, &media, &out);
+    Expect(0, kGetPrintModeList, &settings, &item, none, &out);
+    Expect(0, kGetResolutionList, none, &item, &item, &resolutions, none);
+    Expect(0, kGetResolutionList, &settings, &item, &item, none, none);
+    Expect(0, kReservedMediaQuery1, none, none, none, none, none, none);
+    Expect(1, kReservedMediaQuery2, none, none, none, 3, none);
+    Expect(0, kReservedMediaQuery3, none, none, none, none, none, none, none);
+    Expect(1, kReservedQuery21, none, 3, none);
+    Expect(0, kAreOptionsDifferent, none, &block);
+    Expect(0, kAreOptionsDifferent, &block, none);
+    Expect(0, kEnsureDriverOptions, none);
+    Expect(0, kGetDitherParams, none, none, none, none);
+    Expect(0, kGetDitherParamsEx, none, none, none, none, none);
+    Expect(1, kSetPrintSettings, none);
+    Expect(0, kIsColorModeAllowed, 0, none, none, &settings);  // no such item
+    Expect(0, kGetDefaultColorMode, none, &settings);
 
     EXPECT_EQ(out, 77);
     EXPECT_EQ(block.Kind, 0);
@@ -153,23 +153,23 @@ TEST_F(InterfaceTest, SpecialMediaIndices) {
         CapabilityList printModes;
         ResolutionList resolutions;
         int32_t out = -5;
-        EXPECT_EQ(driver->Call(kGetPrintModeList, &settings, &item, &printModes, &out), 1);
+        Expect(1, kGetPrintModeList, &settings, &item, &printModes, &out);
         EXPECT_EQ(
             driver->Call(kGetResolutionList, &settings, &item, &printMode, &resolutions, nullptr),
             1);
         EXPECT_EQ(printModes.size() + resolutions.size(), 2U);
         std::array<char, 256> name{};
-        EXPECT_EQ(driver->Call(kIsColorModeAllowed, 0, &out, name.data(), &settings), 1);
+        Expect(1, kIsColorModeAllowed, 0, &out, name.data(), &settings);
         EXPECT_STREQ(name.data(), "Mode 0");
         name = {};
-        EXPECT_EQ(driver->Call(kGetDefaultColorMode, name.data(), &settings), 0);
+        Expect(0, kGetDefaultColorMode, name.data(), &settings);
         EXPECT_STREQ(name.data(), "Mode 0");
         EXPECT_EQ(settings.MediaIndex, index);
         EXPECT_EQ(item.ID, index);
 
         DriverOptionBlock block{};
         constexpr int32_t kNoMode = 4;
-        EXPECT_EQ(driver->Call(kShowDriverOptions, &block, kNoMode, &settings, nullptr), 0);
+        Expect(0, kShowDriverOptions, &block, kNoMode, &settings, nullptr);
         EXPECT_EQ(settings.MediaIndex, resolved);
     }
 }
