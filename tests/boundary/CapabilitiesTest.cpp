@@ -21,7 +21,8 @@ class CapabilitiesTest : public BoundaryTest {
     int32_t out = -77;
 };
 
-/// Identifiers and names of the items; nothing else may stand in a record.
+/// Identifiers and names of the items; nothing else may stand in a record. Numbers are copied: in
+/// a packed record they need not be aligned.
 template <class Record>
 std::string Summary(const std::vector<Record>& list) {
     std::string text;
@@ -35,13 +36,13 @@ std::string Summary(const std::vector<Record>& list) {
         } else {
             plain.XResolution = item.XResolution;
             plain.YResolution = item.YResolution;
-            text += fmt::format("{} {}=", item.XResolution, item.YResolution);
+            text += fmt::format("{} {}=", double{item.XResolution}, double{item.YResolution});
         }
         const auto bytes = [](const Record& record) {
             return std::string(reinterpret_cast<const char*>(&record), sizeof record);
         };
         EXPECT_TRUE(bytes(plain) == bytes(item)) << item.DisplayName;
-        text += fmt::format("{} {};", item.ID, item.DisplayName);
+        text += fmt::format("{} {};", int32_t{item.ID}, item.DisplayName);
     }
     return text;
 }
@@ -107,7 +108,7 @@ TEST_F(CapabilitiesTest, ColorModesAndColorants) {
         EXPECT_EQ(driver->Call(operation, 0, &list), 1);
         std::string colorants;
         for (const ColorantInfo& item : std::span(items.data(), 4))
-            colorants += fmt::format("{} {:06X};", item.InternalName, item.ColorValue);
+            colorants += fmt::format("{} {:06X};", item.InternalName, uint32_t{item.ColorValue});
         EXPECT_EQ(colorants, "Cyan FFFF00;Magenta FF00FF;Yellow 00FFFF;Black 000000;");
         EXPECT_EQ(list.Count, 4);
         EXPECT_EQ(driver->Call(operation, 1, &list), 1);

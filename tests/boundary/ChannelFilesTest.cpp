@@ -71,7 +71,7 @@ TEST_F(ChannelFilesTest, OneColorantMode) {
     }
 }
 
-// Whatever stood there before.
+// A file of the name that stands there already, a larger one too, is replaced.
 TEST_F(ChannelFilesTest, TiffinfoReadsAChannel) {
     struct Row {
         int Depth;

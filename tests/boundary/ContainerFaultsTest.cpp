@@ -22,7 +22,7 @@ class ContainerFaultsTest : public BoundaryTest {
     std::string Answers() {
         Job job(*driver, JobFile());
         const bool isOpen = job.Open() == 1 && job.Port(folder.Out()) == 1;
-        const std::string answers = isOpen ? job.Run() : "";
+        std::string answers = isOpen ? job.Run() : "";
         EXPECT_TRUE(job.HasEnded());
         return answers;
     }

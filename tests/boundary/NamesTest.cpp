@@ -48,7 +48,8 @@ TEST_F(NamesTest, JobNamesWithSeparators) {
     EXPECT_TRUE(Listing(folder.Out()).empty());
     std::filesystem::create_directory(folder.Out() / "jobs");
     for (const char* created : {"jobs/myfile/", "jobs/myfile_001/"}) {
-        EXPECT_FALSE(StartJob({page}, "C:\\jobs\\my file (copy).ps").HasEnded());
+        const Job job = StartJob({page}, "C:\\jobs\\my file (copy).ps");
+        EXPECT_FALSE(job.HasEnded());
         EXPECT_EQ(Listing(folder.Out()).back(), created);
         EXPECT_EQ(driver->Call(kAbortJob), 1);
     }

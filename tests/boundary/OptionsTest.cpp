@@ -38,15 +38,15 @@ class OptionsTest : public BoundaryTest {
 TEST_F(OptionsTest, ModesOfTheOptionsCall) {
     struct Row {
         int32_t Mode;
-        uint8_t KindBefore;
         int32_t Answer;
+        uint8_t KindBefore;
         bool IsReplaced;
     };
     constexpr Row kRows[] = {
-        {kShowNew, 0, 1, true},   {kShowNew, 3, 1, true},  {kCreateNew, 0, 1, true},
-        {kCreateNew, 3, 1, true}, {kShow, 0, 1, true},     {kShow, 3, 1, false},
-        {kShow, 2, 1, true},      {kNothing, 0, 0, false}, {0, 0, 0, false},
-        {-1, 3, 0, false},
+        {kShowNew, 1, 0, true},   {kShowNew, 1, 3, true},  {kCreateNew, 1, 0, true},
+        {kCreateNew, 1, 3, true}, {kShow, 1, 0, true},     {kShow, 1, 3, false},
+        {kShow, 1, 2, true},      {kNothing, 0, 0, false}, {0, 0, 0, false},
+        {-1, 0, 3, false},
     };
     for (const Row& row : kRows) {
         SCOPED_TRACE(fmt::format("mode {}, kind {}", row.Mode, row.KindBefore));
