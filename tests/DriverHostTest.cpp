@@ -383,6 +383,17 @@ TEST_F(DriverHost, LeavesNothingBehindOnAFullDisk) {
     EXPECT_TRUE(Contains(run.Output, "3 channels are not written")) << run.Output;
 }
 
+TEST_F(DriverHost, TellsAnIncompleteChannelByItsOwnStatus) {
+    // A bottom-line-first page goes on when a channel file takes no lines: only the file tells.
+    Write("a.pdf", Pdf({kQuarters}));
+    ASSERT_EQ(Host({"make-job", "a.pdf", "-o", "job", "--model", "Fenland F8"}).Status, 0);
+    fs::create_directory(Path("printed"));
+    fs::create_symlink("/dev/full", Path("printed/a_1C.raw"));
+    const Outcome run = Host({"run", "job", "--out", "printed"});
+    EXPECT_EQ(run.Status, 3) << run.Output;
+    EXPECT_TRUE(Contains(run.Output, "1 channels are not written")) << run.Output;
+}
+
 TEST_F(DriverHost, StopsOnAnInterrupt) {
     Write("a.pdf", "%PDF-1.4\n");
     ReplaceRasterizer("kill -INT $PPID; sleep 60");
