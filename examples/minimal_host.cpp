@@ -69,5 +69,6 @@ int main(int argc, char** argv) {
     void* const driver = create();
     const int32_t printed = Print(driver, argv[2], argv[3]);
     OperationOf<void (*)(void*)>(driver, kDelete)(driver);
+    dlclose(library);
     return printed != 0 ? 0 : 1;
 }
