@@ -15,7 +15,7 @@ namespace {
 
 std::string Gzip(const std::string& bytes) {
     const TestFolder folder;
-    const gzFile file = gzopen(folder.Name("packed").c_str(), "wb");
+    gzFile file = gzopen(folder.Name("packed").c_str(), "wb");
     gzwrite(file, bytes.data(), static_cast<unsigned>(bytes.size()));
     gzclose(file);
     return folder.Read("packed");
