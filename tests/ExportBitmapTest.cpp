@@ -132,7 +132,7 @@ TEST(ExportBitmap, RefusesWhatIsNoChannel) {
 
 // The disk fills up in the lines, with the last ones, or only when the directory is written.
 TEST(ExportBitmap, AFailureAnywhereIsAnswered) {
-    constexpr rlim_t kBytes = 4096 * 200;
+    constexpr rlim_t kBytes = rlim_t{4096} * 200;
     const TestFolder folder;
     for (const bool isTiff : {false, true}) {
         const Channel channel = {isTiff ? "x.tif" : "x.raw", isTiff, 4096, 200, 8};
