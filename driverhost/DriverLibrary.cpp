@@ -3,20 +3,12 @@
 #include <fmt/format.h>
 
 #include "driverhost/HostError.h"
+#include "platform/PathRules.h"
 #include "platform/Program.h"
 
-namespace {
-
-#ifdef _WIN32
-constexpr char kLibraryName[] = "OutputDriver.dll";
-#else
-constexpr char kLibraryName[] = "libOutputDriver.so";
-#endif
-
-}  // namespace
-
 DriverLibrary::DriverLibrary() {
-    const std::string path = ProgramFolder() + '/' + kLibraryName;
+    const std::string path = fmt::format("{}{}{}OutputDriver{}", ProgramFolder(), kPathSeparator,
+                                         kLibraryPrefix, kLibrarySuffix);
     library_ = LoadLibraryA(path.c_str());
     if (library_ == nullptr)
         throw HostError(kFailed, fmt::format("cannot load the driver {}", path));
