@@ -25,12 +25,6 @@ int32_t ItemId(const CapabilityItem* item) {
     return item == nullptr ? -1 : item->ID;
 }
 
-/// The colorants of a colour mode in a list with room for all.
-struct ColorantQuery {
-    std::unique_ptr<ColorantInfo[]> items = std::make_unique<ColorantInfo[]>(kColorantCapacity);
-    ColorantInfoList list = {0, {}, items.get(), kColorantCapacity};
-};
-
 }  // namespace
 
 RTL::RTL() = default;
@@ -149,9 +143,7 @@ int32_t RTL::OpenJob(JobContext* job, int32_t reserved, HostOutput* output,
     model_.SupportWhiteType = -1;  // a choice never carries over from an earlier job
     if (ReadModelOutputSettings(description_, JobSettings(), model_) == 0) return 0;
     APageBaseRTL::OpenJob(job, reserved, output, options);
-    ColorantQuery query;
-    GetColorantList(job->ColorModeIndex, &query.list);
-    channelCount_ = query.list.Count;
+    channelCount_ = track_->ColorantCount;
     return 1;
 }
 

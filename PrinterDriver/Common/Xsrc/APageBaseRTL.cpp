@@ -94,15 +94,12 @@ void APageBaseRTL::StartTracking() {
     track_->EffectiveXResolution = job_->XResolution;
     track_->EffectiveYResolution = job_->YResolution;
 
-    const auto colorants = std::make_unique<ColorantInfo[]>(kColorantCapacity);
-    ColorantInfoList list = {};
-    list.Items = colorants.get();
-    list.Capacity = kColorantCapacity;
-    GetColorantList(job_->ColorModeIndex, &list);
-    track_->ColorantCount = list.Count;
+    ColorantQuery query;
+    GetColorantList(job_->ColorModeIndex, &query.list);
+    track_->ColorantCount = query.list.Count;
     InitChannelOrder();
     for (const uint32_t colorant : track_->ChannelOrder) {
-        const ColorantInfo& info = colorants[colorant];
+        const ColorantInfo& info = query.items[colorant];
         track_->Colorants.push_back(std::make_unique<AColorant>(
             info.DisplayName, info.InternalName, static_cast<uint8_t>(info.ColorDepth)));
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 #include "host/AColorant.h"
 #include "host/AString.h"
@@ -22,6 +23,12 @@ struct JobContext {
     int16_t YResolutionWhole = 0;
     /// 1 once the job has been aborted or a step of it has failed: no step does anything more.
     uint8_t Aborted = 0;
+};
+
+/// A list with room for the colorants of any colour mode, for the operation that fills it.
+struct ColorantQuery {
+    std::unique_ptr<ColorantInfo[]> items = std::make_unique<ColorantInfo[]>(kColorantCapacity);
+    ColorantInfoList list = {0, {}, items.get(), kColorantCapacity};
 };
 
 /// What the writer keeps of the job besides its raster.
