@@ -1,0 +1,175 @@
+// What the built program does with what it cannot print, and when it is stopped.
+
+#include <gtest/gtest.h>
+
+#include "DriverHostFixture.h"
+#include "driverhost/Container.h"
+
+namespace {
+
+/// A blank separation of 8 bits a pixel, of which only so many rows are there.
+void WriteSeparation(const fs::path& path, const SeparationHeader& header, int64_t rows) {
+    ContainerWriter writer(path, 0);
+    std::vector<uint8_t> row(static_cast<std::size_t>(header.WidthPixels));
+    writer.BeginSeparation(header);
+    for (int64_t y = 0; y < rows; ++y)
+        writer.WriteRow(row);
+    writer.EndSeparation();
+    writer.Close();
+}
+
+TEST_F(DriverHost, RefusesDocumentsThatCannotBePrinted) {
+    Write("a.pdf", Pdf({kQuarters}));
+    ASSERT_EQ(Shell("gs -q -dBATCH -dNOPAUSE -sDEVICE=pdfwrite -sOwnerPassword=a -sUserPassword=b "
+                    "-dEncryptionR=3 -dKeyLength=128 -sOutputFile=locked.pdf a.pdf")
+                  .Status,
+              0);
+    fs::create_directory(Path("folder.pdf"));
+    struct Case {
+        const char* Name;
+        std::optional<std::string> Bytes;
+        const char* Message;
+    };
+    const Case cases[] = {
+        {"missing.pdf", {}, "does not exist"},
+        {"folder.pdf", {}, "is no file"},
+        {"locked.pdf", {}, "password"},
+        {"empty.pdf", "", "is empty"},
+        {"program.pdf", "%!PS\n(x) print\n", "is no PDF"},
+        {"garbage.pdf", "%PDF-1.4\nnothing of a PDF follows", "driverhost: "},
+        {"nopages.pdf", Pdf({}), "no pages"},
+        {"nobox.pdf", Pdf({{"", ""}}), "driverhost: "},
+        {"huge.pdf", Pdf({{"0 0 900000000 900000000", ""}}), "page 1 measures"},
+        {"tiny.pdf", Pdf({{"0 0 0.01 72", ""}}), "page 1 measures"},
+    };
+    for (const Case& row : cases) {
+        if (row.Bytes) Write(row.Name, *row.Bytes);
+        const Listing before = Files();
+        ExpectRefused(MakeJob(row.Name), row.Message, before);
+    }
+}
+
+TEST_F(DriverHost, DoesNotBelieveTheRasterizer) {
+    Write("a.pdf", "%PDF-1.4\n");
+    Write("garbage.tif", "no TIFF at all");
+    // A plate of the right size whose rows end early, as a full disk leaves it.
+    WriteSeparation(Path("short.tif"), {360, 360, 8, 360, 360, 0, 1, "Cyan", "Cyan"}, 320);
+    const std::string copy = "cp '" + folder_.Path().string() + "'/";
+    const std::pair<std::string, const char*> cases[] = {
+        {"exit 0", "made no plate of Cyan"},
+        {copy + "garbage.tif 'plate(Cyan).tif'", "unreadable"},
+        {copy + "short.tif 'plate(Cyan).tif'", "ends early, at row 320 of 360"},
+        {"echo 'Error: /ioerror in --showpage--'; exit 1", "ioerror"},
+        {"kill -9 $$", "exit status 137"},
+        {"sleep 60", "no progress for 1 s"},
+    };
+    for (const auto& [script, message] : cases) {
+        ReplaceRasterizer(script);
+        const Listing before = Files();
+        ExpectRefused(MakeJob("a.pdf", {"--timeout", "1"}), message, before);
+    }
+}
+
+TEST_F(DriverHost, AnswersAWrongCommandLineWithItsOwnStatus) {
+    MakeSmallJob();
+    const std::pair<Arguments, int> cases[] = {
+        {{}, 2},
+        {{"--help"}, 0},
+        {{"capabilities", "Nobody's printer"}, 1},
+        {{"capabilities", std::string(64, 'm')}, 2},
+        {{"--base", "nowhere", "capabilities", "Fenland R4"}, 2},
+        {{"make-job", "a.pdf", "--model", "Fenland R4", "-o", "x", "--media", "Silk"}, 2},
+        {{"make-job", "a.pdf", "--model", "Fenland R4", "-o", "x", "--resolution", "3"}, 2},
+        {{"make-job", "a.pdf", "--model", "Fenland R4", "-o", "x", "--timeout", "0"}, 2},
+        {{"make-job", "a.pdf", "--model", "Fenland R4", "-o", "nowhere/x"}, 1},
+        {{"make-job", "a.pdf", "--model", "Fenland R4", "-o", "."}, 2},
+        {{"run", "nothing", "--out", "o"}, 1},
+        {{"run", "a.pdf", "--out", "o"}, 1},
+        {{"run", "job", "--out", "a.pdf"}, 1},
+        {{"run", "job", "--out", "o", "--name", "../x"}, 2},
+        {{"run", "job", "--out", "o", "--name", "c:x"}, 2},
+    };
+    const Listing before = Files();
+    for (const auto& [arguments, status] : cases) {
+        const Outcome outcome = Host(arguments);
+        EXPECT_EQ(outcome.Status, status) << testing::PrintToString(arguments) << outcome.Output;
+    }
+    EXPECT_TRUE(Files() == before);
+}
+
+TEST_F(DriverHost, LeavesNothingBehindOnAFullDisk) {
+    MakeSmallJob();
+    const Listing before = Files();
+    // No file may pass 4 KiB; a block counts 512 bytes.
+    const Outcome made =
+        Shell("ulimit -f 8; \"$host\" make-job a.pdf --model 'Fenland R4' --color-mode 2 -o job");
+    EXPECT_EQ(made.Status, 1) << made.Output;
+    EXPECT_TRUE(Files() == before);  // the earlier job stands
+
+    const Outcome run = Shell("ulimit -f 8; \"$host\" run job --out printed");
+    EXPECT_EQ(run.Status, 1) << run.Output;
+    EXPECT_TRUE(Contains(run.Output, "a_C.tif is incomplete")) << run.Output;
+    EXPECT_TRUE(Contains(run.Output, "3 channels are not written")) << run.Output;
+}
+
+TEST_F(DriverHost, TellsAnIncompleteChannelByItsOwnStatus) {
+    // A bottom-line-first page goes on when a channel file takes no lines: only the file tells.
+    Write("a.pdf", Pdf({kQuarters}));
+    ASSERT_EQ(Host({"make-job", "a.pdf", "-o", "job", "--model", "Fenland F8"}).Status, 0);
+    fs::create_directory(Path("printed"));
+    fs::create_symlink("/dev/full", Path("printed/a_1C.raw"));
+    const Outcome run = Host({"run", "job", "--out", "printed"});
+    EXPECT_EQ(run.Status, 3) << run.Output;
+    EXPECT_TRUE(Contains(run.Output, "1 channels are not written")) << run.Output;
+}
+
+TEST_F(DriverHost, StopsOnAnInterrupt) {
+    Write("a.pdf", "%PDF-1.4\n");
+    ReplaceRasterizer("kill -INT $PPID; sleep 60");
+    const Listing before = Files();
+    EXPECT_EQ(MakeJob("a.pdf").Status, 130);
+    EXPECT_TRUE(Files() == before);
+}
+
+TEST_F(DriverHost, AbortsARunningJobOnAnInterrupt) {
+    MakeSmallJob();
+    WriteSeparation(Path("job.pages.tif"), {20000, 60000, 8, 360, 360, 0, 1, "Cyan", "Cyan"},
+                    60000);
+    const Outcome run = Shell(
+        "\"$host\" run job --out printed & until [ -s printed/a/a_C.tif ]; do sleep 0.01; done; "
+        "kill -TERM $!; wait $!");
+    EXPECT_EQ(run.Status, 130) << run.Output;
+    EXPECT_TRUE(Contains(run.Output, "interrupted; the job is aborted")) << run.Output;
+    EXPECT_TRUE(Contains(run.Output, "a_C.tif is incomplete")) << run.Output;
+}
+
+TEST_F(DriverHost, FailsOnDamagedJobs) {
+    MakeSmallJob();
+    const std::string job = ReadText(Path("job"));
+    const std::string pages = ReadText(Path("job.pages.tif"));
+    const std::string settings = ReadText(Path("job.settings.json"));
+    struct Case {
+        const char* File;
+        std::string Bytes;
+        const char* Message;
+    };
+    const Case cases[] = {
+        {"job", job.substr(0, 3939), "is no job file"},
+        {"job", std::string(3940, '\0'), "a model's name"},
+        {"job.pages.tif", "", "no job container"},
+        {"job.pages.tif", pages.substr(0, pages.size() / 2), "page"},
+        {"job.settings.json", "{ \"media\": 0, ", "settings.json is damaged"},
+        {"job.settings.json", R"({"media": 7, "printMode": 0, "resolution": 0})", "no medium"},
+    };
+    for (const Case& row : cases) {
+        Write("job", job);
+        Write("job.pages.tif", pages);
+        Write("job.settings.json", settings);
+        Write(row.File, row.Bytes);
+        const Outcome run = Host({"run", "job", "--out", "printed"});
+        EXPECT_TRUE(run.Status == 1 || run.Status == 2) << row.Message << run.Output;
+        EXPECT_TRUE(Contains(run.Output, row.Message)) << row.Message << run.Output;
+    }
+}
+
+}  // namespace

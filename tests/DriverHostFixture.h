@@ -1,0 +1,138 @@
+#pragma once
+
+// The built program, run as a user runs it, on small documents.
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "driverhost/OutputFiles.h"
+#include "driverhost/WorkFolder.h"
+#include "platform/ChildProcess.h"
+
+namespace fs = std::filesystem;
+
+inline std::string ReadText(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+inline bool Contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+struct Page {
+    std::string MediaBox;
+    std::string Content;
+};
+
+/// A PDF without compression; its inks /S0 and /S1 are the separations WHITE and Orange.
+inline std::string Pdf(const std::vector<Page>& pages) {
+    std::string kids;
+    std::string objects;
+    for (std::size_t i = 0; i < pages.size(); ++i) {
+        kids += fmt::format("1{} 0 R ", i);
+        objects += fmt::format(
+            "1{} 0 obj << /Type /Page /Parent 2 0 R /MediaBox [{}] /Contents 2{} 0 R >> endobj\n"
+            "2{} 0 obj << /Length {} >>\nstream\n{}\nendstream endobj\n",
+            i, pages[i].MediaBox, i, i, pages[i].Content.size(), pages[i].Content);
+    }
+    return fmt::format(
+        "%PDF-1.4\n1 0 obj << /Type /Catalog /Pages 2 0 R >> endobj\n"
+        "2 0 obj << /Type /Pages /Kids [{}] /Count {} /Resources 3 0 R >> endobj\n"
+        "3 0 obj << /ColorSpace << /S0 [/Separation /WHITE /DeviceCMYK 4 0 R]\n"
+        "/S1 [/Separation /Orange /DeviceCMYK 5 0 R] >> >> endobj\n"
+        "4 0 obj << /FunctionType 2 /Domain [0 1] /N 1 /C0 [0 0 0 0] /C1 [0.1 0 0 0] >> endobj\n"
+        "5 0 obj << /FunctionType 2 /Domain [0 1] /N 1 /C0 [0 0 0 0] /C1 [0 0.5 1 0] >> endobj\n"
+        "{}trailer << /Root 1 0 R >>\n",
+        kids, pages.size(), objects);
+}
+
+/// Cyan, full, on the lower left quarter and magenta, half, on the upper right one of an inch.
+inline const Page kQuarters = {"0 0 72 72",
+                               "1 0 0 0 k 0 0 36 36 re f 0 0.5 0 0 k 36 36 36 36 re f"};
+
+using Arguments = std::vector<std::string>;
+
+struct Outcome {
+    int Status = -1;
+    std::string Output;  ///< standard output and standard error
+};
+
+class DriverHost : public testing::Test {
+  protected:
+    fs::path Path(const std::string& name) const { return folder_.Path() / name; }
+    Listing Files() const { return ListFiles(folder_.Path()); }
+    void Write(const std::string& name, const std::string& bytes) const {
+        std::ofstream(Path(name), std::ios::binary) << bytes;
+    }
+
+    /// Runs a program in the test's folder; one that does not end within a minute is killed.
+    Outcome RunProgram(const Arguments& arguments) const {
+        const fs::path log = tools_.Path() / "log";
+        ChildProcess process;
+        if (!process.Launch({arguments,
+                             folder_.Path().string(),
+                             log.string(),
+                             {{"QL_BASE_FOLDER", ""},
+                              {"QL_MESSAGE_FILE", ""},
+                              {"PATH", tools_.Path().string() + ":/usr/local/bin:/usr/bin:/bin"}}}))
+            return {};
+        for (int i = 0; i < 6000 && !process.HasEnded(); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        process.Kill();
+        return {process.Result(), ReadText(log)};
+    }
+
+    Outcome Host(Arguments arguments) const {
+        arguments.insert(arguments.begin(), DRIVERHOST);
+        return RunProgram(arguments);
+    }
+
+    /// In a shell, where $host is the program.
+    Outcome Shell(const std::string& script) const {
+        return RunProgram({"/bin/sh", "-c", "host='" DRIVERHOST "'; " + script});
+    }
+
+    Outcome MakeJob(const std::string& pdf, Arguments more = {}) const {
+        more.insert(more.begin(), {"make-job", pdf, "-o", "job", "--model", "Fenland R4"});
+        return Host(more);
+    }
+
+    /// A job of a small page in the mode of 8 bits a pixel.
+    void MakeSmallJob() const {
+        Write("a.pdf", Pdf({kQuarters}));
+        ASSERT_EQ(MakeJob("a.pdf", {"--color-mode", "2"}).Status, 0);
+    }
+
+    /// Puts a program named gs before the real one: it reports one page of an inch, then does
+    /// what `script` says.
+    void ReplaceRasterizer(const std::string& script) {
+        const fs::path gs = tools_.Path() / "gs";
+        std::ofstream(gs) << "#!/bin/sh\ncase \"$*\" in *-dPDFINFO*)\n"
+                             "  printf 'File has 1 page.\\nPage 1 MediaBox: [0 0 72 72]\\n'\n"
+                             "  exit 0;;\nesac\n"
+                          << script << '\n';
+        fs::permissions(gs, fs::perms::owner_all);
+    }
+
+    /// A failure that says why in one line and leaves the folder as it was.
+    void ExpectRefused(const Outcome& made, const std::string& message,
+                       const Listing& before) const {
+        EXPECT_EQ(made.Status, 1) << made.Output;
+        EXPECT_TRUE(Contains(made.Output, message)) << message << ": " << made.Output;
+        EXPECT_EQ(std::count(made.Output.begin(), made.Output.end(), '\n'), 1) << made.Output;
+        EXPECT_TRUE(Files() == before) << message;
+    }
+
+    WorkFolder folder_{fs::temp_directory_path() / "driverhost-test"};
+    WorkFolder tools_{fs::temp_directory_path() / "driverhost-tools"};
+};
