@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
     build-essential cmake ninja-build ccache
-    libtiff-dev zlib1g-dev libpugixml-dev libcli11-dev nlohmann-json3-dev libfmt-dev
+    libtiff-dev libpng-dev zlib1g-dev libpugixml-dev libcli11-dev nlohmann-json3-dev libfmt-dev
     libgtest-dev libbenchmark-dev
     ghostscript  # rasterises and separates the artwork
     libtiff-tools  # the tests read the channels with a program that is not ours
