@@ -6,7 +6,7 @@
 #include <set>
 #include <system_error>
 
-#include "driverhost/TextCompare.h"
+#include "driverhost/ChannelFile.h"
 #include "driverhost/TiffFile.h"
 
 namespace fs = std::filesystem;
@@ -15,11 +15,6 @@ namespace {
 
 std::string ExtensionOf(const std::string& file) {
     return fs::path(file).extension().string();
-}
-
-bool IsTiff(const std::string& file) {
-    const std::string extension = ExtensionOf(file);
-    return SameIgnoringCase(extension, ".tif") || SameIgnoringCase(extension, ".tiff");
 }
 
 bool IsCompleteTiff(const fs::path& path, const PageExpectation& expected) {
@@ -40,7 +35,7 @@ bool IsCompleteTiff(const fs::path& path, const PageExpectation& expected) {
 
 bool IsComplete(const fs::path& folder, const std::string& file, const FileState& state,
                 const PageExpectation& expected) {
-    if (IsTiff(file)) return IsCompleteTiff(folder / file, expected);
+    if (IsTiffName(file)) return IsCompleteTiff(folder / file, expected);
     return state.Bytes == static_cast<std::uintmax_t>(expected.Rows) *
                               static_cast<std::uintmax_t>(expected.LineBytes());
 }
