@@ -107,6 +107,9 @@ bool IsTiffName(const fs::path& path) {
 }
 
 std::unique_ptr<ChannelFile> OpenTiffChannel(const fs::path& path) {
+    std::error_code error;
+    if (!fs::exists(path, error))
+        throw HostError(kFailed, fmt::format("{} is missing", path.string()));
     TiffFile tiff = OpenTiff(path, "rm");
     if (!tiff) throw HostError(kFailed, fmt::format("{} is no TIFF file", path.string()));
     uint32_t width = 0;

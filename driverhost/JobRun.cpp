@@ -119,6 +119,9 @@ void JobRun::CheckPageFiles() {
     faults_[page] =
         CheckPage(folder_, files,
                   {pages_[page].WidthPixels, pages_[page].Rows, pages_[page].Bits, channelCount_});
+    pageFiles_.resize(page + 1);
+    for (const auto& [file, state] : files)
+        pageFiles_[page].push_back(file);
 }
 
 std::string JobRun::FailureText() const {

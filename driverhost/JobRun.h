@@ -33,6 +33,8 @@ class JobRun {
     const std::string& Failure() const { return failure_; }
     /// One entry per page that was begun.
     const std::vector<PageFaults>& Faults() const { return faults_; }
+    /// The files of each page that was begun.
+    const std::vector<std::vector<std::string>>& PageFiles() const { return pageFiles_; }
 
   private:
     /// What the next step does, as the driver's steps follow each other.
@@ -54,4 +56,5 @@ class JobRun {
     int32_t page_ = 0;
     std::string failure_;
     std::vector<PageFaults> faults_;
+    std::vector<std::vector<std::string>> pageFiles_;
 };

@@ -8,6 +8,7 @@
 #include "driverhost/CapabilitiesCommand.h"
 #include "driverhost/HostError.h"
 #include "driverhost/MakeJobCommand.h"
+#include "driverhost/ProofCommand.h"
 #include "driverhost/RunCommand.h"
 #include "platform/Program.h"
 
@@ -105,6 +106,31 @@ CLI::App* AddRun(CLI::App& app, RunOptions& options) {
     return command;
 }
 
+CLI::App* AddProof(CLI::App& app, ProofOptions& options) {
+    CLI::App* const command = app.add_subcommand(
+        "proof", "Draw a printed page as a picture, from the channel files themselves");
+    command->add_option("OUTDIR", options.Folder, "The folder that run wrote to")->required();
+    command->add_option("-o,--output", options.Output, "The PNG file to write")->required();
+    command->add_option("--page", options.Page, "Page of the job, from 1")->capture_default_str();
+    command->add_option("--job", options.Job, "Name of the job, where the folder holds several");
+    command
+        ->add_option("--scale", options.Scale,
+                     "Picture rows for each printed line, for example 0.1 (default: as --long-side "
+                     "says)")
+        ->check(CLI::PositiveNumber);
+    command->add_option("--long-side", options.LongSide, "Pixels of the picture's longer side")
+        ->check(CLI::Range(int64_t{1}, int64_t{1'000'000}))
+        ->capture_default_str();
+    command->add_option("--paper", options.Paper,
+                        "Colour of the paper, RRGGBB (default: white; grey under white ink)");
+    command->footer(
+        "Each ink shows in its display colour; where inks meet, their colours multiply.\n\n"
+        "Examples:\n"
+        "  driverhost proof printed -o proof.png\n"
+        "  driverhost proof printed -o detail.png --scale 1");
+    return command;
+}
+
 /// Everything that ends the program goes through here as one line and a status.
 int Report(int status, const char* message) {
     std::fflush(stdout);
@@ -125,9 +151,11 @@ int Run(int argc, char** argv) {
     CapabilitiesOptions capabilities;
     MakeJobOptions makeJob;
     RunOptions run;
+    ProofOptions proof;
     const CLI::App* const capabilitiesCommand = AddCapabilities(app, capabilities);
     const CLI::App* const makeJobCommand = AddMakeJob(app, makeJob);
     const CLI::App* const runCommand = AddRun(app, run);
+    const CLI::App* const proofCommand = AddProof(app, proof);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -138,6 +166,7 @@ int Run(int argc, char** argv) {
     if (capabilitiesCommand->parsed()) ShowCapabilities(capabilities);
     if (makeJobCommand->parsed()) MakeJob(makeJob);
     if (runCommand->parsed()) RunJob(run);
+    if (proofCommand->parsed()) MakeProof(proof);
     if (std::fflush(stdout) != 0) throw HostError(kFailed, "cannot write the output");
     return kSuccess;
 }

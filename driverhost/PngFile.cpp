@@ -4,6 +4,7 @@
 #include <png.h>
 
 #include <cstdio>
+#include <system_error>
 
 #include "driverhost/HostError.h"
 
@@ -67,7 +68,13 @@ PngFile::PngFile(const std::filesystem::path& path, int64_t widthPixels, int64_t
         Fail();
 }
 
-PngFile::~PngFile() = default;
+PngFile::~PngFile() {
+    if (!encoder_->file) return;
+    // Half a picture is none.
+    encoder_->file.reset();
+    std::error_code error;
+    std::filesystem::remove(path_, error);
+}
 
 void PngFile::WriteRow(std::span<const uint8_t> rgb) {
     if (!WriteOneRow(encoder_->png, rgb.data())) Fail();

@@ -6,7 +6,7 @@
 #include <span>
 
 /// Writes an RGB picture of 8 bits a sample, row by row from the top, as PNG. Throws HostError
-/// when a write fails.
+/// when a write fails. A picture that is not closed is removed.
 class PngFile {
   public:
     /// Sides of 1 to 1,000,000 pixels.

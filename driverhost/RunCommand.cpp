@@ -11,6 +11,7 @@
 #include "driverhost/HostError.h"
 #include "driverhost/JobFile.h"
 #include "driverhost/JobRun.h"
+#include "driverhost/PrintRecord.h"
 
 namespace fs = std::filesystem;
 
@@ -78,6 +79,27 @@ void PrintFiles(const Listing& files, double seconds) {
     std::fflush(stdout);
 }
 
+bool AnyFault(const JobRun& run) {
+    return std::any_of(run.Faults().begin(), run.Faults().end(),
+                       [](const PageFaults& faults) { return faults.Any(); });
+}
+
+void KeepRecord(const fs::path& folder, const JobRun& run, const std::string& sourceName,
+                const std::string& model, const ChosenPrint& chosen,
+                const std::vector<ContainerPage>& pages, bool complete) {
+    PrintRecord record;
+    record.SourceName = sourceName;
+    record.Model = model;
+    record.Choice = chosen.Choice;
+    record.XResolution = chosen.Resolution.XResolution;
+    record.YResolution = chosen.Resolution.YResolution;
+    record.Complete = complete;
+    for (std::size_t page = 0; page < run.PageFiles().size(); ++page)
+        record.Pages.push_back(
+            {pages[page].WidthPixels, pages[page].Rows, pages[page].Bits, run.PageFiles()[page]});
+    WritePrintRecord(PrintRecordPath(folder, record), record);
+}
+
 void PrintFaults(const std::vector<PageFaults>& faults) {
     for (std::size_t page = 0; page < faults.size(); ++page) {
         for (const std::string& file : faults[page].ShortFiles)
@@ -114,10 +136,10 @@ void RunJob(const RunOptions& options) {
 
     PrintFiles(ChangedFiles(before, ListFiles(folder)), elapsed.count());
     PrintFaults(run.Faults());
+    const bool complete = ending == JobRun::Ending::kDone && !AnyFault(run);
+    KeepRecord(folder, run, sourceName, job.Model, chosen, pages, complete);
     if (ending == JobRun::Ending::kInterrupted)
         throw HostError(kAborted, "interrupted; the job is aborted");
     if (ending == JobRun::Ending::kFailed) throw HostError(kFailed, run.Failure());
-    const auto faulty = [](const PageFaults& faults) { return faults.Any(); };
-    if (std::any_of(run.Faults().begin(), run.Faults().end(), faulty))
-        throw HostError(kIncomplete, "the job is incomplete");
+    if (!complete) throw HostError(kIncomplete, "the job is incomplete");
 }

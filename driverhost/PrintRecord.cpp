@@ -1,0 +1,97 @@
+#include "driverhost/PrintRecord.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <string_view>
+#include <system_error>
+
+#include "driverhost/HostError.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view kSuffix = ".print.json";
+
+nlohmann::ordered_json ToJson(const PrintRecord::Page& page) {
+    return {{"width", page.WidthPixels},
+            {"lines", page.Lines},
+            {"bits", page.Bits},
+            {"files", page.Files}};
+}
+
+PrintRecord::Page PageOf(const nlohmann::json& json) {
+    return {json.at("width").get<int64_t>(), json.at("lines").get<int64_t>(),
+            json.at("bits").get<int32_t>(), json.at("files").get<std::vector<std::string>>()};
+}
+
+PrintRecord RecordOf(const nlohmann::json& json) {
+    PrintRecord record;
+    record.SourceName = json.at("source").get<std::string>();
+    record.Model = json.at("model").get<std::string>();
+    record.Choice = {json.at("media").get<int32_t>(), json.at("printMode").get<int32_t>(),
+                     json.at("resolution").get<int32_t>(), json.at("colorMode").get<int32_t>()};
+    record.XResolution = json.at("xResolution").get<double>();
+    record.YResolution = json.at("yResolution").get<double>();
+    record.Complete = json.at("complete").get<bool>();
+    for (const nlohmann::json& page : json.at("pages"))
+        record.Pages.push_back(PageOf(page));
+    return record;
+}
+
+}  // namespace
+
+fs::path PrintRecordPath(const fs::path& folder, const PrintRecord& record) {
+    fs::path name = fs::path(record.SourceName).stem();
+    for (const PrintRecord::Page& page : record.Pages) {
+        if (page.Files.empty()) continue;
+        const fs::path file = page.Files.front();
+        if (file.has_parent_path()) name = *file.begin();
+        break;
+    }
+    name += kSuffix;
+    return folder / name;
+}
+
+void WritePrintRecord(const fs::path& path, const PrintRecord& record) {
+    nlohmann::ordered_json json = {{"source", record.SourceName},
+                                   {"model", record.Model},
+                                   {"media", record.Choice.Media},
+                                   {"printMode", record.Choice.PrintMode},
+                                   {"resolution", record.Choice.Resolution},
+                                   {"colorMode", record.Choice.ColorMode},
+                                   {"xResolution", record.XResolution},
+                                   {"yResolution", record.YResolution},
+                                   {"complete", record.Complete},
+                                   {"pages", nlohmann::ordered_json::array()}};
+    for (const PrintRecord::Page& page : record.Pages)
+        json["pages"].push_back(ToJson(page));
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file << json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+    file.close();
+    if (!file)
+        throw HostError(kFailed, fmt::format("cannot write {}; is the disk full?", path.string()));
+}
+
+PrintRecord ReadPrintRecord(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) throw HostError(kFailed, fmt::format("cannot read {}", path.string()));
+    try {
+        return RecordOf(nlohmann::json::parse(file));
+    } catch (const nlohmann::json::exception&) {
+        throw HostError(kFailed, fmt::format("{} is damaged", path.string()));
+    }
+}
+
+std::vector<fs::path> FindPrintRecords(const fs::path& folder) {
+    std::vector<fs::path> records;
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error))
+        if (entry->path().filename().string().ends_with(kSuffix)) records.push_back(entry->path());
+    std::sort(records.begin(), records.end());
+    return records;
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "driverhost/Capabilities.h"
+
+/// What `run` notes of a job beside its output folder's files, so that later commands know what a
+/// raw channel file cannot say. The file is NAME.print.json in the output folder, NAME being the
+/// job folder's or the job's name; it holds no times and no paths outside the folder.
+struct PrintRecord {
+    struct Page {
+        int64_t WidthPixels = 0;
+        int64_t Lines = 0;
+        int32_t Bits = 1;
+        std::vector<std::string> Files;  ///< relative to the output folder
+    };
+
+    std::string SourceName;  ///< as the driver was told
+    std::string Model;
+    PrintChoice Choice;
+    double XResolution = 0;  ///< dots per inch of what was printed
+    double YResolution = 0;
+    bool Complete = false;  ///< the job ran to its end and no file is missing or short
+    std::vector<Page> Pages;
+};
+
+/// Where the record of a job stands that wrote `pages` into `folder`.
+std::filesystem::path PrintRecordPath(const std::filesystem::path& folder,
+                                      const PrintRecord& record);
+
+/// Throws HostError when it cannot be written.
+void WritePrintRecord(const std::filesystem::path& path, const PrintRecord& record);
+
+/// Reads the record `path`. Throws HostError for a file that is damaged or none.
+PrintRecord ReadPrintRecord(const std::filesystem::path& path);
+
+/// The records in an output folder, by name.
+std::vector<std::filesystem::path> FindPrintRecords(const std::filesystem::path& folder);

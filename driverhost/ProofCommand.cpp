@@ -1,0 +1,127 @@
+#include "driverhost/ProofCommand.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <optional>
+
+#include "driverhost/HostError.h"
+#include "driverhost/PageChannels.h"
+#include "driverhost/PngFile.h"
+#include "driverhost/PrintRecord.h"
+#include "driverhost/ProofPicture.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Sides that a picture of a page can sensibly have.
+constexpr int64_t kMostPictureSide = 1'000'000;
+constexpr uint32_t kWhitePaper = 0xFFFFFF;
+constexpr uint32_t kGreyPaper = 0xB4B4B4;  ///< on which white ink shows
+
+PrintRecord FindRecord(const ProofOptions& options) {
+    const std::vector<fs::path> paths = FindPrintRecords(options.Folder);
+    if (paths.empty())
+        throw HostError(kFailed, fmt::format("{} holds no job that was run: there is no file "
+                                             "NAME.print.json",
+                                             options.Folder));
+    std::string names;
+    for (const fs::path& path : paths) {
+        const std::string name = path.stem().stem().string();
+        if (options.Job.empty() ? paths.size() == 1 : name == options.Job)
+            return ReadPrintRecord(path);
+        names += (names.empty() ? "" : ", ") + name;
+    }
+    throw HostError(kUsage, fmt::format("say which job with --job: there is {}", names));
+}
+
+uint32_t PaperColor(const ProofOptions& options, bool hasWhite) {
+    if (options.Paper.empty()) return hasWhite ? kGreyPaper : kWhitePaper;
+    uint32_t value = 0;
+    const char* const end = options.Paper.data() + options.Paper.size();
+    const auto result = std::from_chars(options.Paper.data(), end, value, 16);
+    if (options.Paper.size() != 6 || result.ec != std::errc() || result.ptr != end)
+        throw HostError(kUsage, fmt::format("a paper's colour is six hexadecimal digits, RRGGBB; "
+                                            "not \"{}\"",
+                                            options.Paper));
+    return (value & 0xFF) << 16 | (value & 0xFF00) | value >> 16;
+}
+
+struct PictureSize {
+    int64_t Width = 0;
+    int64_t Height = 0;
+};
+
+/// Keeps the page's shape on paper, whose pixels need not be square.
+PictureSize SizeOf(const ProofOptions& options, const PrintRecord& record,
+                   const PrintRecord::Page& page) {
+    const bool known = record.XResolution > 0 && record.YResolution > 0;
+    const double stretch = known ? record.YResolution / record.XResolution : 1.0;
+    const double width = static_cast<double>(page.WidthPixels) * stretch;
+    const auto height = static_cast<double>(page.Lines);
+    const double scale = options.Scale > 0
+                             ? options.Scale
+                             : static_cast<double>(options.LongSide) / std::max(width, height);
+    const double most = static_cast<double>(kMostPictureSide);
+    if (!(std::max(width, height) * scale <= most))
+        throw HostError(
+            kUsage, fmt::format("the picture would be larger than {} pixels", kMostPictureSide));
+    return {std::max<int64_t>(std::llround(width * scale), 1),
+            std::max<int64_t>(std::llround(height * scale), 1)};
+}
+
+/// Draws the picture's rows from the top, reading each channel's lines in step.
+void Draw(PageChannels& channels, const PrintRecord::Page& page, const PictureSize& size,
+          uint32_t paper, PngFile& picture) {
+    const auto cells = static_cast<std::size_t>(size.Width);
+    std::vector<CellSums> sums;
+    std::vector<uint32_t> inks;
+    for (const PageChannel& channel : channels.Channels) {
+        sums.emplace_back(page.WidthPixels, size.Width, page.Bits);
+        inks.push_back(channel.ColorValue);
+    }
+    std::vector<std::vector<double>> amounts(inks.size(), std::vector<double>(cells));
+    std::vector<uint8_t> rgb(3 * cells);
+    for (int64_t row = 0; row < size.Height; ++row) {
+        const int64_t first = row * page.Lines / size.Height;
+        const int64_t end = std::max((row + 1) * page.Lines / size.Height, first + 1);
+        for (std::size_t ink = 0; ink < inks.size(); ++ink) {
+            for (int64_t line = first; line < end; ++line) {
+                const int64_t stored = channels.BottomLineFirst ? page.Lines - 1 - line : line;
+                sums[ink].AddLine(channels.Channels[ink].File->Line(stored));
+            }
+            sums[ink].TakeMeans(amounts[ink]);
+        }
+        ComposeRow(amounts, inks, paper, rgb);
+        picture.WriteRow(rgb);
+    }
+}
+
+}  // namespace
+
+void MakeProof(const ProofOptions& options) {
+    const PrintRecord record = FindRecord(options);
+    const auto pageCount = static_cast<int64_t>(record.Pages.size());
+    if (options.Page < 1 || options.Page > pageCount)
+        throw HostError(kUsage, fmt::format("the job has {} pages, and none with the number {}",
+                                            pageCount, options.Page));
+    const auto index = static_cast<std::size_t>(options.Page - 1);
+    const PrintRecord::Page& page = record.Pages[index];
+    if (page.WidthPixels <= 0 || page.Lines <= 0)
+        throw HostError(kFailed, fmt::format("page {} has no size", options.Page));
+    PageChannels channels = OpenPageChannels(options.Folder, record, index);
+    const PictureSize size = SizeOf(options, record, page);
+    const uint32_t paper = PaperColor(options, channels.HasWhite);
+
+    PngFile picture(options.Output, size.Width, size.Height);
+    Draw(channels, page, size, paper, picture);
+    picture.Close();
+    std::string names;
+    for (const PageChannel& channel : channels.Channels)
+        names += (names.empty() ? "" : ", ") + channel.Ink;
+    fmt::print("{}: page {} of {}, {} x {} pixels, from {}\n", options.Output, options.Page,
+               pageCount, size.Width, size.Height, names);
+}

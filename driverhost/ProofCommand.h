@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+struct ProofOptions {
+    std::string Folder;
+    std::string Output;
+    std::string Job;   ///< name of the job's record; empty when the folder holds one job
+    int32_t Page = 1;  ///< from 1
+    double Scale = 0;  ///< picture rows per printed line; 0: fit into LongSide
+    int64_t LongSide = 1600;
+    std::string Paper;  ///< RRGGBB; empty: white, or grey where white ink is printed
+};
+
+/// Writes a picture of a printed page, put together from its channel files. Throws HostError.
+void MakeProof(const ProofOptions& options);
