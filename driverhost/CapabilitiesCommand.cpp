@@ -6,6 +6,7 @@
 
 #include "driverhost/Capabilities.h"
 #include "driverhost/ChoiceOptions.h"
+#include "driverhost/CommandTree.h"
 #include "driverhost/DriverLibrary.h"
 
 namespace {
@@ -158,4 +159,17 @@ void ShowCapabilities(const CapabilitiesOptions& options) {
         fmt::print("{}\n", model.dump(2, ' ', false, Json::error_handler_t::replace));
     else
         PrintText(model);
+}
+
+void AddCapabilitiesCommand(CommandTree& tree) {
+    auto [command, options] =
+        tree.Add("capabilities", "Show what a model offers and which combinations it allows",
+                 ShowCapabilities);
+    command.add_option("MODEL", options.Model, "The model's name")
+        ->required()
+        ->type_name(kModelArgument);
+    command.add_flag("--json", options.Json, "Print JSON");
+    AddHelp(command, "",
+            {"driverhost capabilities \"Fenland R4\"",
+             "driverhost capabilities \"Fenland F8\" --json"});
 }

@@ -2,6 +2,8 @@
 
 #include <string>
 
+class CommandTree;
+
 struct CapabilitiesOptions {
     std::string Model;
     bool Json = false;
@@ -10,3 +12,5 @@ struct CapabilitiesOptions {
 /// Prints what a model offers: lists, defaults and the combinations that it allows. Throws
 /// HostError.
 void ShowCapabilities(const CapabilitiesOptions& options);
+
+void AddCapabilitiesCommand(CommandTree& tree);

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "driverhost/CapabilitiesCommand.h"
+#include "driverhost/CommandTree.h"
 #include "driverhost/HostError.h"
 #include "driverhost/MakeJobCommand.h"
 #include "driverhost/ProofCommand.h"
@@ -35,102 +36,6 @@ void SetBaseFolder(const std::string& option) {
     SetEnvironment(kVariable, fs::absolute(folder).string().c_str());
 }
 
-CLI::App* AddCapabilities(CLI::App& app, CapabilitiesOptions& options) {
-    CLI::App* const command =
-        app.add_subcommand("capabilities",
-                           "Show what a model offers and which combinations it "
-                           "allows");
-    command->add_option("MODEL", options.Model, "The model's name")->required();
-    command->add_flag("--json", options.Json, "Print JSON");
-    command->footer(
-        "Examples:\n"
-        "  driverhost capabilities \"Fenland R4\"\n"
-        "  driverhost capabilities \"Fenland F8\" --json");
-    return command;
-}
-
-CLI::App* AddMakeJob(CLI::App& app, MakeJobOptions& options) {
-    CLI::App* const command =
-        app.add_subcommand("make-job", "Rasterise and separate a PDF with Ghostscript into a job");
-    command->add_option("INPUT.pdf", options.Input, "The document")->required();
-    command->add_option("--model", options.Model, "The model's name")->required();
-    AddChoiceOptions(*command, options.Choice);
-    command->add_option("--color-mode", options.Choice.ColorMode,
-                        "Colour mode, by name or position");
-    command
-        ->add_option("-o,--output", options.Job,
-                     "The job file; JOB.pages.tif and JOB.settings.json appear beside it")
-        ->required();
-    command
-        ->add_option("--timeout", options.TimeoutSeconds,
-                     "Seconds that Ghostscript may go on without writing anything")
-        ->check(CLI::Range(int64_t{1}, int64_t{1'000'000}))
-        ->capture_default_str();
-    command
-        ->add_option("--band-pixels", options.BandPixels,
-                     "Pixels of a page that are rasterised at once")
-        ->check(CLI::Range(int64_t{1}, MakeJobOptions().BandPixels))
-        ->capture_default_str();
-    command->footer(
-        "What is not given is the driver's default; the resolution is then the first that allows\n"
-        "the colour mode. Light inks print the highlights of their ink: amounts up to a half, at\n"
-        "twice the amount, fading out above. A mode of one black or grey ink prints shades of "
-        "grey.\n"
-        "A spot ink goes to the channel of its name; without one it is printed with process "
-        "inks.\n\n"
-        "Examples:\n"
-        "  driverhost make-job poster.pdf --model \"Fenland R4\" -o poster.job\n"
-        "  driverhost make-job poster.pdf --model \"Fenland F8\" --media Glass --print-mode Fine "
-        "\\\n"
-        "      --resolution 1200x600 --color-mode \"CMYK, White, Varnish, contone\" -o glass.job");
-    return command;
-}
-
-CLI::App* AddRun(CLI::App& app, RunOptions& options) {
-    CLI::App* const command =
-        app.add_subcommand("run", "Run a job through the driver, which writes its channel files");
-    command->add_option("JOB", options.Job, "The job file that make-job wrote")->required();
-    command->add_option("--out", options.OutputFolder, "Folder for the files; made when missing")
-        ->required();
-    command->add_option("--name", options.Name, "The job's name (default: the document's)");
-    AddChoiceOptions(*command, options.Choice);
-    command->add_flag("--one-folder", options.OneFolder,
-                      "Write all pages into the same folder, where each replaces the one before");
-    command->footer(
-        "Each page of a job of several gets a folder of its own, NAME-tile1, NAME-tile2 and so "
-        "on,\n"
-        "for the names of channel files carry no page number.\n\n"
-        "Examples:\n"
-        "  driverhost run poster.job --out printed\n"
-        "  driverhost run glass.job --out printed --name window7");
-    return command;
-}
-
-CLI::App* AddProof(CLI::App& app, ProofOptions& options) {
-    CLI::App* const command = app.add_subcommand(
-        "proof", "Draw a printed page as a picture, from the channel files themselves");
-    command->add_option("OUTDIR", options.Folder, "The folder that run wrote to")->required();
-    command->add_option("-o,--output", options.Output, "The PNG file to write")->required();
-    command->add_option("--page", options.Page, "Page of the job, from 1")->capture_default_str();
-    command->add_option("--job", options.Job, "Name of the job, where the folder holds several");
-    command
-        ->add_option("--scale", options.Scale,
-                     "Picture rows for each printed line, for example 0.1 (default: as --long-side "
-                     "says)")
-        ->check(CLI::PositiveNumber);
-    command->add_option("--long-side", options.LongSide, "Pixels of the picture's longer side")
-        ->check(CLI::Range(int64_t{1}, int64_t{1'000'000}))
-        ->capture_default_str();
-    command->add_option("--paper", options.Paper,
-                        "Colour of the paper, RRGGBB (default: white; grey under white ink)");
-    command->footer(
-        "Each ink shows in its display colour; where inks meet, their colours multiply.\n\n"
-        "Examples:\n"
-        "  driverhost proof printed -o proof.png\n"
-        "  driverhost proof printed -o detail.png --scale 1");
-    return command;
-}
-
 /// Everything that ends the program goes through here as one line and a status.
 int Report(int status, const char* message) {
     std::fflush(stdout);
@@ -147,28 +52,22 @@ int Run(int argc, char** argv) {
     std::string base;
     app.add_option("--base", base,
                    "The base folder with the models (default: QL_BASE_FOLDER, else the folder "
-                   "models beside the program)");
-    CapabilitiesOptions capabilities;
-    MakeJobOptions makeJob;
-    RunOptions run;
-    ProofOptions proof;
-    const CLI::App* const capabilitiesCommand = AddCapabilities(app, capabilities);
-    const CLI::App* const makeJobCommand = AddMakeJob(app, makeJob);
-    const CLI::App* const runCommand = AddRun(app, run);
-    const CLI::App* const proofCommand = AddProof(app, proof);
+                   "models beside the program)")
+        ->type_name(kFolderArgument);
+    CommandTree tree(app);
+    app.parse_complete_callback([&base] { SetBaseFolder(base); });
+    AddCapabilitiesCommand(tree);
+    AddMakeJobCommand(tree);
+    AddRunCommand(tree);
+    AddProofCommand(tree);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0) return app.exit(error);
         return Report(kUsage, fmt::format("{}; see driverhost --help", error.what()).c_str());
     }
-    SetBaseFolder(base);
-    if (capabilitiesCommand->parsed()) ShowCapabilities(capabilities);
-    if (makeJobCommand->parsed()) MakeJob(makeJob);
-    if (runCommand->parsed()) RunJob(run);
-    if (proofCommand->parsed()) MakeProof(proof);
     if (std::fflush(stdout) != 0) throw HostError(kFailed, "cannot write the output");
-    return kSuccess;
+    return tree.Status();
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <set>
 #include <system_error>
 
+#include "driverhost/CommandTree.h"
 #include "driverhost/Container.h"
 #include "driverhost/DriverLibrary.h"
 #include "driverhost/HostError.h"
@@ -150,4 +151,45 @@ void MakeJob(const MakeJobOptions& options) {
     fmt::print("{}: {} page{} for {}, {} x {} dpi, {}\n", options.Job, pages.size(),
                pages.size() == 1 ? "" : "s", options.Model, settings.XResolution,
                settings.YResolution, chosen.Mode.Name);
+}
+
+void AddMakeJobCommand(CommandTree& tree) {
+    auto [command, options] =
+        tree.Add("make-job", "Rasterise and separate a PDF with Ghostscript into a job", MakeJob);
+    command.add_option("INPUT.pdf", options.Input, "The document")
+        ->required()
+        ->type_name(kFileArgument);
+    command.add_option("--model", options.Model, "The model's name")
+        ->required()
+        ->type_name(kModelArgument);
+    AddChoiceOptions(command, options.Choice);
+    command.add_option("--color-mode", options.Choice.ColorMode,
+                       "Colour mode, by name or position");
+    command
+        .add_option("-o,--output", options.Job,
+                    "The job file; JOB.pages.tif and JOB.settings.json appear beside it")
+        ->required()
+        ->type_name(kFileArgument);
+    command
+        .add_option("--timeout", options.TimeoutSeconds,
+                    "Seconds that Ghostscript may go on without writing anything")
+        ->check(CLI::Range(int64_t{1}, int64_t{1'000'000}))
+        ->capture_default_str();
+    command
+        .add_option("--band-pixels", options.BandPixels,
+                    "Pixels of a page that are rasterised at once")
+        ->check(CLI::Range(int64_t{1}, MakeJobOptions().BandPixels))
+        ->capture_default_str();
+    AddHelp(
+        command,
+        "What is not given is the driver's default; the resolution is then the first that allows\n"
+        "the colour mode. Light inks print the highlights of their ink: amounts up to a half, at\n"
+        "twice the amount, fading out above. A mode of one black or grey ink prints shades of "
+        "grey.\n"
+        "A spot ink goes to the channel of its name; without one it is printed with process inks.",
+        {"driverhost make-job poster.pdf --model \"Fenland R4\" -o poster.job",
+         "driverhost make-job poster.pdf --model \"Fenland F8\" --media Glass --print-mode Fine "
+         "\\\n"
+         "      --resolution 1200x600 --color-mode \"CMYK, White, Varnish, contone\" -o "
+         "glass.job"});
 }

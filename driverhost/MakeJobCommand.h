@@ -5,6 +5,8 @@
 
 #include "driverhost/ChoiceOptions.h"
 
+class CommandTree;
+
 struct MakeJobOptions {
     std::string Input;
     std::string Model;
@@ -19,3 +21,5 @@ struct MakeJobOptions {
 /// Rasterises and separates a PDF into a job: its file, its container and its settings, which
 /// appear only when all three are complete. Throws HostError.
 void MakeJob(const MakeJobOptions& options);
+
+void AddMakeJobCommand(CommandTree& tree);

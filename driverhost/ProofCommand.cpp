@@ -7,6 +7,7 @@
 #include <cmath>
 #include <optional>
 
+#include "driverhost/CommandTree.h"
 #include "driverhost/HostError.h"
 #include "driverhost/PageChannels.h"
 #include "driverhost/PngFile.h"
@@ -124,4 +125,31 @@ void MakeProof(const ProofOptions& options) {
         names += (names.empty() ? "" : ", ") + channel.Ink;
     fmt::print("{}: page {} of {}, {} x {} pixels, from {}\n", options.Output, options.Page,
                pageCount, size.Width, size.Height, names);
+}
+
+void AddProofCommand(CommandTree& tree) {
+    auto [command, options] = tree.Add(
+        "proof", "Draw a printed page as a picture, from the channel files themselves", MakeProof);
+    command.add_option("OUTDIR", options.Folder, "The folder that run wrote to")
+        ->required()
+        ->type_name(kFolderArgument);
+    command.add_option("-o,--output", options.Output, "The PNG file to write")
+        ->required()
+        ->type_name(kFileArgument);
+    command.add_option("--page", options.Page, "Page of the job, from 1")->capture_default_str();
+    command.add_option("--job", options.Job, "Name of the job, where the folder holds several");
+    command
+        .add_option("--scale", options.Scale,
+                    "Picture rows for each printed line, for example 0.1 (default: as --long-side "
+                    "says)")
+        ->check(CLI::PositiveNumber);
+    command.add_option("--long-side", options.LongSide, "Pixels of the picture's longer side")
+        ->check(CLI::Range(int64_t{1}, int64_t{1'000'000}))
+        ->capture_default_str();
+    command.add_option("--paper", options.Paper,
+                       "Colour of the paper, RRGGBB (default: white; grey under white ink)");
+    AddHelp(command,
+            "Each ink shows in its display colour; where inks meet, their colours multiply.",
+            {"driverhost proof printed -o proof.png",
+             "driverhost proof printed -o detail.png --scale 1"});
 }

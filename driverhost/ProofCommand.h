@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string>
 
+class CommandTree;
+
 struct ProofOptions {
     std::string Folder;
     std::string Output;
@@ -15,3 +17,5 @@ struct ProofOptions {
 
 /// Writes a picture of a printed page, put together from its channel files. Throws HostError.
 void MakeProof(const ProofOptions& options);
+
+void AddProofCommand(CommandTree& tree);

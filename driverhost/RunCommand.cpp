@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <system_error>
 
+#include "driverhost/CommandTree.h"
 #include "driverhost/DriverLibrary.h"
 #include "driverhost/HostError.h"
 #include "driverhost/JobFile.h"
@@ -142,4 +143,25 @@ void RunJob(const RunOptions& options) {
         throw HostError(kAborted, "interrupted; the job is aborted");
     if (ending == JobRun::Ending::kFailed) throw HostError(kFailed, run.Failure());
     if (!complete) throw HostError(kIncomplete, "the job is incomplete");
+}
+
+void AddRunCommand(CommandTree& tree) {
+    auto [command, options] =
+        tree.Add("run", "Run a job through the driver, which writes its channel files", RunJob);
+    command.add_option("JOB", options.Job, "The job file that make-job wrote")
+        ->required()
+        ->type_name(kFileArgument);
+    command.add_option("--out", options.OutputFolder, "Folder for the files; made when missing")
+        ->required()
+        ->type_name(kFolderArgument);
+    command.add_option("--name", options.Name, "The job's name (default: the document's)");
+    AddChoiceOptions(command, options.Choice);
+    command.add_flag("--one-folder", options.OneFolder,
+                     "Write all pages into the same folder, where each replaces the one before");
+    AddHelp(command,
+            "Each page of a job of several gets a folder of its own, NAME-tile1, NAME-tile2 and so "
+            "on,\n"
+            "for the names of channel files carry no page number.",
+            {"driverhost run poster.job --out printed",
+             "driverhost run glass.job --out printed --name window7"});
 }

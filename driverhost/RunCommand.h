@@ -4,6 +4,8 @@
 
 #include "driverhost/ChoiceOptions.h"
 
+class CommandTree;
+
 struct RunOptions {
     std::string Job;
     std::string OutputFolder;
@@ -16,3 +18,5 @@ struct RunOptions {
 /// Runs a job through the driver. Throws HostError, with the status kIncomplete when the driver
 /// was content and files are missing or short.
 void RunJob(const RunOptions& options);
+
+void AddRunCommand(CommandTree& tree);
