@@ -184,10 +184,4 @@ TEST_F(DriverHost, ShowsWhatAModelAllows) {
     EXPECT_TRUE(Contains(text, "    3  1440 x 720 dpi     refused")) << text;
 }
 
-TEST_F(DriverHost, ShipsADescriptionThatIsItsSource) {
-    const std::string source = ReadText(MODELS_FOLDER "/sources/FenlandF8.xml");
-    const Outcome decoded = Shell("gzip -dc < '" MODELS_FOLDER "/OutputDrivers/FenlandF8.xml'");
-    EXPECT_TRUE(decoded.Status == 0 && decoded.Output == source);
-}
-
 }  // namespace

@@ -1,0 +1,68 @@
+// The models that are shipped: every colour mode prints, and what they refuse is refused.
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "DriverHostFixture.h"
+
+namespace {
+
+using nlohmann::json;
+
+/// The first choice of a model that allows a colour mode, as options of make-job; empty when
+/// nothing allows it.
+Arguments FirstChoiceOf(const json& model, int colorMode) {
+    for (const json& media : model.at("combinations"))
+        for (const json& printMode : media.at("printModes"))
+            for (const json& resolution : printMode.at("resolutions"))
+                for (const json& allowed : resolution.at("colorModes"))
+                    if (allowed == colorMode)
+                        return {"--media",      media.at("media").dump(),
+                                "--print-mode", printMode.at("id").dump(),
+                                "--resolution", resolution.at("id").dump(),
+                                "--color-mode", allowed.dump()};
+    return {};
+}
+
+/// How many of a model's choices of medium, print mode and resolution are refused.
+int RefusedChoicesOf(const json& model) {
+    int refused = 0;
+    for (const json& media : model.at("combinations"))
+        for (const json& printMode : media.at("printModes"))
+            for (const json& resolution : printMode.at("resolutions"))
+                refused += resolution.at("colorModes").empty() ? 1 : 0;
+    return refused;
+}
+
+TEST_F(DriverHost, PrintsEveryColorModeOfEveryModel) {
+    Write("a.pdf", Pdf({{"0 0 36 36", "0.6 0.4 0.2 0.1 k 0 0 36 36 re f"}}));
+    for (const std::string name :
+         {"Fenland R4", "Fenland F8", "Fenland W6", "Fenland T4", "Fenland S1"}) {
+        const Outcome shown = Host({"capabilities", name, "--json"});
+        ASSERT_EQ(shown.Status, 0) << shown.Output;
+        const json model = json::parse(shown.Output);
+        EXPECT_GT(RefusedChoicesOf(model), 0) << name;
+        for (const json& mode : model.at("colorModes")) {
+            const int position = mode.at("position");
+            SCOPED_TRACE(fmt::format("{}, colour mode {}", name, position));
+            const Arguments choice = FirstChoiceOf(model, position);
+            ASSERT_FALSE(choice.empty());
+            Arguments make = {"make-job", "a.pdf", "--model", name, "-o", "job"};
+            make.insert(make.end(), choice.begin(), choice.end());
+            const Outcome made = Host(make);
+            ASSERT_EQ(made.Status, 0) << made.Output;
+            const Outcome run = Host({"run", "job", "--out", fmt::format("{}-{}", name, position)});
+            EXPECT_EQ(run.Status, 0) << run.Output;
+        }
+    }
+}
+
+TEST_F(DriverHost, ShipsADescriptionThatIsItsSource) {
+    const std::string source = ReadText(MODELS_FOLDER "/sources/FenlandF8.xml");
+    const Outcome decoded = Shell("gzip -dc < '" MODELS_FOLDER "/OutputDrivers/FenlandF8.xml'");
+    EXPECT_TRUE(decoded.Status == 0 && decoded.Output == source);
+}
+
+}  // namespace
