@@ -7,8 +7,10 @@
 
 #include "driverhost/CapabilitiesCommand.h"
 #include "driverhost/CommandTree.h"
+#include "driverhost/HelpCommands.h"
 #include "driverhost/HostError.h"
 #include "driverhost/MakeJobCommand.h"
+#include "driverhost/ModelsCommand.h"
 #include "driverhost/ProofCommand.h"
 #include "driverhost/RunCommand.h"
 #include "platform/Program.h"
@@ -56,10 +58,12 @@ int Run(int argc, char** argv) {
         ->type_name(kFolderArgument);
     CommandTree tree(app);
     app.parse_complete_callback([&base] { SetBaseFolder(base); });
+    AddModelsCommand(tree);
     AddCapabilitiesCommand(tree);
     AddMakeJobCommand(tree);
     AddRunCommand(tree);
     AddProofCommand(tree);
+    AddHelpCommands(tree);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
