@@ -7,8 +7,10 @@
 
 #include "driverhost/CapabilitiesCommand.h"
 #include "driverhost/CommandTree.h"
+#include "driverhost/DiffCommand.h"
 #include "driverhost/HelpCommands.h"
 #include "driverhost/HostError.h"
+#include "driverhost/InspectCommand.h"
 #include "driverhost/MakeJobCommand.h"
 #include "driverhost/ModelsCommand.h"
 #include "driverhost/ProofCommand.h"
@@ -62,6 +64,8 @@ int Run(int argc, char** argv) {
     AddCapabilitiesCommand(tree);
     AddMakeJobCommand(tree);
     AddRunCommand(tree);
+    AddInspectCommand(tree);
+    AddDiffCommand(tree);
     AddProofCommand(tree);
     AddHelpCommands(tree);
     try {

@@ -14,7 +14,7 @@ TEST_F(DriverHost, CompletesCommandsOptionsAndWhatTheyTake) {
     ASSERT_EQ(script.Status, 0) << script.Output;
     const std::pair<const char*, const char*> cases[] = {
         {"ca", "<capabilities>"},
-        {"--base models capab", "<capabilities>"},
+        {"--base models insp", "<inspect>"},
         {"run --one", "<--one-folder>"},
         {"run --ba", "<--base>"},
         {"run job --out ''", "dirnames"},
