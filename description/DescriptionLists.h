@@ -4,6 +4,22 @@
 
 #include "host/Arrays.h"
 
+/// How one list stands in the file.
+struct ListKind {
+    const char* name;
+    const char* baseName;         ///< of its base resource number
+    const char* wrongIdentifier;  ///< shown when an item has no valid identifier
+};
+
+inline constexpr ListKind kMedia = {"MediaList", "BaseMedia", "Wrong media index."};
+inline constexpr ListKind kPrintModes = {"PrintModeList", "BasePrintMode",
+                                         "Wrong PrintMode index."};
+inline constexpr ListKind kResolutions = {"ResolutionList", "BaseResolution",
+                                          "Wrong Resolution index."};
+inline constexpr ListKind kColors = {"ColorList", "BaseColor", "Wrong Color index."};
+inline constexpr ListKind kColorModes = {"ColorModeList", "BaseColorMode",
+                                         "Wrong color mode index."};
+
 /// What every list of a description says of its items; entry i of each array belongs to item i.
 struct NamedItems {
     ADWordArray Identifiers;

@@ -9,30 +9,6 @@
 
 namespace {
 
-constexpr std::size_t kMostFileNameCharacters = 255;
-
-/// How one list stands in the file.
-struct ListKind {
-    const char* name;
-    const char* baseName;         ///< of its base resource number
-    const char* wrongIdentifier;  ///< shown when an item has no valid identifier
-};
-
-constexpr ListKind kMedia = {"MediaList", "BaseMedia", "Wrong media index."};
-constexpr ListKind kPrintModes = {"PrintModeList", "BasePrintMode", "Wrong PrintMode index."};
-constexpr ListKind kResolutions = {"ResolutionList", "BaseResolution", "Wrong Resolution index."};
-constexpr ListKind kColors = {"ColorList", "BaseColor", "Wrong Color index."};
-constexpr ListKind kColorModes = {"ColorModeList", "BaseColorMode", "Wrong color mode index."};
-
-/// String resource `base` + 1 + `position`; nothing when there is none.
-std::optional<AString> DisplayNameResource(int32_t base, int32_t position) {
-    const int64_t number = int64_t{base} + 1 + position;
-    char text[256] = {};
-    if (base == -1 || number < 0) return std::nullopt;
-    if (LoadResString(static_cast<UINT>(number), text, sizeof text) == 0) return std::nullopt;
-    return AString(text);
-}
-
 /// Reads the lists in the order in which their faults are reported.
 class Reader {
   public:
@@ -162,12 +138,16 @@ bool Reader::ReadColorant(const AXMLTreeNode& colorant, ColorModeColorants& colo
 
 std::optional<AString> FindModelDescriptionFile(const AString& modelName) {
     AEnXMLTree models("RootElement");
-    AXMLTreeNode root;
     if (models.loadFromFileEn(AFilePath().Append("OutputDrivers").Append("ZeComFile.xml"), 1) ==
-            0 ||
-        models.getRootNode(root) == 0) {
+        0) {
         return std::nullopt;
     }
+    return FindModelDescriptionFile(models, modelName);
+}
+
+std::optional<AString> FindModelDescriptionFile(const AXMLTree& models, const AString& modelName) {
+    AXMLTreeNode root;
+    models.getRootNode(root);
     std::optional<AString> fileName;
     VisitChildren(models, root, [&](const AXMLTreeNode& entry, int32_t) {
         if (modelName.find(models.getAttribute(entry, "Name")) == AString::npos) return true;
@@ -175,6 +155,14 @@ std::optional<AString> FindModelDescriptionFile(const AString& modelName) {
         return false;
     });
     return fileName;
+}
+
+std::optional<AString> DisplayNameResource(int32_t base, int32_t position) {
+    const int64_t number = int64_t{base} + 1 + position;
+    char text[256] = {};
+    if (base == -1 || number < 0) return std::nullopt;
+    if (LoadResString(static_cast<UINT>(number), text, sizeof text) == 0) return std::nullopt;
+    return AString(text);
 }
 
 bool ReadDescriptionLists(CDynamic& description, DescriptionLists& lists) {

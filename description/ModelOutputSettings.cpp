@@ -39,28 +39,6 @@ std::vector<int32_t> CodesOf(std::string_view list) {
     return codes;
 }
 
-/// The white-ink offer: default type, bar, names; type codes; header codes.
-void ReadWhiteOffer(std::string_view offer, ModelOutputSettings& output) {
-    if (offer.empty()) {
-        output.DefaultWhiteType = -1;
-        return;
-    }
-    std::string_view defaultType;
-    const std::string_view lists = SplitAtSeparator(offer, "|", defaultType);
-    output.DefaultWhiteType = Atoi(defaultType);
-    std::string_view rest = defaultType.empty() ? offer : lists;
-    std::string_view names;
-    std::string_view codes;
-    std::string_view headerCodes;
-    rest = SplitAtSeparator(rest, ";", names);
-    rest = SplitAtSeparator(rest, ";", codes);
-    SplitAtSeparator(rest, ";", headerCodes);
-    output.WhiteTypeNames.clear();
-    SplitList(names, [&](std::string_view name) { output.WhiteTypeNames.emplace_back(name); });
-    output.WhiteTypeCodes = CodesOf(codes);
-    output.WhiteHeaderCodes = CodesOf(headerCodes);
-}
-
 /// Reads one model's entry of the `ModelList`.
 class EntryReader {
   public:
@@ -200,6 +178,27 @@ AString GetChannelName(CDynamic& description, const AString& colorName, const ch
         return ChildText(document, candidate, "InternalName") == colorName;
     });
     return color ? ChildText(document, *color, "ChannelName") : AString();
+}
+
+void ReadWhiteOffer(std::string_view offer, ModelOutputSettings& output) {
+    if (offer.empty()) {
+        output.DefaultWhiteType = -1;
+        return;
+    }
+    std::string_view defaultType;
+    const std::string_view lists = SplitAtSeparator(offer, "|", defaultType);
+    output.DefaultWhiteType = Atoi(defaultType);
+    std::string_view rest = defaultType.empty() ? offer : lists;
+    std::string_view names;
+    std::string_view codes;
+    std::string_view headerCodes;
+    rest = SplitAtSeparator(rest, ";", names);
+    rest = SplitAtSeparator(rest, ";", codes);
+    SplitAtSeparator(rest, ";", headerCodes);
+    output.WhiteTypeNames.clear();
+    SplitList(names, [&](std::string_view name) { output.WhiteTypeNames.emplace_back(name); });
+    output.WhiteTypeCodes = CodesOf(codes);
+    output.WhiteHeaderCodes = CodesOf(headerCodes);
 }
 
 std::string_view SplitAtSeparator(std::string_view text, std::string_view separators,

@@ -48,6 +48,10 @@ int32_t ReadModelOutputSettings(CDynamic& description, const PrintSettings& sett
 /// none or the description cannot be read.
 AString GetChannelName(CDynamic& description, const AString& colorName, const char* modelName);
 
+/// Reads a white-ink offer, the text of `SupportWhite`, into `output`: default type, bar, names;
+/// type codes; header codes. An empty one takes the default type away and leaves the lists.
+void ReadWhiteOffer(std::string_view offer, ModelOutputSettings& output);
+
 /// Splits `text` at the first occurrence of the first of `separators` that occurs in it: `head`
 /// receives what stands before, the rest is answered. Without any, `head` is the whole text. Both
 /// are parts of `text`, which the caller keeps.

@@ -7,14 +7,11 @@
 
 #include "driverhost/CapabilitiesCommand.h"
 #include "driverhost/CommandTree.h"
-#include "driverhost/DiffCommand.h"
-#include "driverhost/HelpCommands.h"
 #include "driverhost/HostError.h"
-#include "driverhost/InspectCommand.h"
 #include "driverhost/MakeJobCommand.h"
-#include "driverhost/ModelsCommand.h"
 #include "driverhost/ProofCommand.h"
 #include "driverhost/RunCommand.h"
+#include "driverhost/check/CheckCommand.h"
 #include "platform/Program.h"
 
 namespace fs = std::filesystem;
@@ -60,14 +57,11 @@ int Run(int argc, char** argv) {
         ->type_name(kFolderArgument);
     CommandTree tree(app);
     app.parse_complete_callback([&base] { SetBaseFolder(base); });
-    AddModelsCommand(tree);
     AddCapabilitiesCommand(tree);
     AddMakeJobCommand(tree);
     AddRunCommand(tree);
-    AddInspectCommand(tree);
-    AddDiffCommand(tree);
     AddProofCommand(tree);
-    AddHelpCommands(tree);
+    AddCheckCommand(tree);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

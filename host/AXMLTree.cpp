@@ -9,49 +9,14 @@
 #include "host/FSGanerateID.h"
 #include "host/FileBytes.h"
 #include "host/Gzip.h"
+#include "host/XmlReading.h"
 #include "platform/CodePage.h"
 #include "platform/Stream.h"
 
 namespace {
 
-// Everything is kept, blanks at the top level too (which pugixml keeps in fragments alone), so
-// that a document that is loaded and saved changes only where a caller changed it.
-constexpr unsigned kParseFlags = pugi::parse_full | pugi::parse_ws_pcdata | pugi::parse_fragment;
-
 pugi::xml_node Element(void* element) {
     return pugi::xml_node(static_cast<pugi::xml_node_struct*>(element));
-}
-
-pugi::xml_node FirstElement(pugi::xml_node node) {
-    while (node && node.type() != pugi::node_element)
-        node = node.next_sibling();
-    return node;
-}
-
-bool IsText(const pugi::xml_node& node) {
-    return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
-}
-
-bool IsBlank(std::string_view text) {
-    return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
-}
-
-/// Whether the top level is that of a document: one element, and no text beside it.
-bool IsDocument(const pugi::xml_node& top) {
-    int elements = 0;
-    for (const pugi::xml_node node : top) {
-        if (node.type() == pugi::node_element) ++elements;
-        if (IsText(node) && (node.type() == pugi::node_cdata || !IsBlank(node.value()))) {
-            return false;
-        }
-    }
-    return elements == 1;
-}
-
-/// Documents in 8-bit encodings hold no NUL; pugixml would read up to the first and be content.
-bool EndsEarly(pugi::xml_encoding encoding, std::string_view bytes) {
-    const bool bytewise = encoding == pugi::encoding_utf8 || encoding == pugi::encoding_latin1;
-    return bytewise && bytes.find('\0') != std::string_view::npos;
 }
 
 struct StringWriter final : pugi::xml_writer {
@@ -110,11 +75,7 @@ int32_t AXMLTree::loadXML(std::string_view text, int32_t /*flag*/) {
 int32_t AXMLTree::LoadBytes(std::string_view bytes) {
     document_->Clear();
     document_->isLoaded = true;
-    const pugi::xml_parse_result result =
-        document_->xml.load_buffer(bytes.data(), bytes.size(), kParseFlags);
-    if (result && !EndsEarly(result.encoding, bytes) && IsDocument(document_->xml)) return 1;
-    document_->Clear();
-    return 0;
+    return ReadXml(bytes, document_->xml).Fault ? 0 : 1;
 }
 
 int32_t AXMLTree::saveToFile(const AFilePath& path) const {
@@ -191,17 +152,7 @@ AString AXMLTree::getAttribute(const AXMLTreeNode& node, std::string_view name) 
 }
 
 AString AXMLTree::getValue(const AXMLTreeNode& node) const {
-    pugi::xml_node first;
-    for (const pugi::xml_node text : Element(node.element_)) {
-        if (!IsText(text)) continue;
-        // Blanks are the text only where there is no other: they may just lay out what follows.
-        if (text.type() == pugi::node_cdata || !IsBlank(text.value())) {
-            first = text;
-            break;
-        }
-        if (!first) first = text;
-    }
-    return Utf8ToAnsi(first.value());
+    return Utf8ToAnsi(TextOf(Element(node.element_)).value());
 }
 
 AString AXMLTree::getName(const AXMLTreeNode& node) const {
@@ -231,7 +182,6 @@ int32_t AXMLTree::setAttribute(const AXMLTreeNode& node, std::string_view name,
 
 int32_t AEnXMLTree::loadFromFileEn(const AFilePath& path, int32_t /*flag*/) {
     std::optional<std::string> bytes = ReadFileBytes(path);
-    wasEncoded_ = bytes && IsGzip(*bytes);
-    if (wasEncoded_) bytes = InflateGzip(*bytes, kMostTextBytes);
+    if (bytes && IsGzip(*bytes)) bytes = InflateGzip(*bytes, kMostTextBytes);
     return LoadBytes(bytes ? std::string_view(*bytes) : std::string_view());
 }

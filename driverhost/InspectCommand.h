@@ -1,6 +1,0 @@
-#pragma once
-
-class CommandTree;
-
-/// `inspect`: what job files, containers and channel files hold.
-void AddInspectCommand(CommandTree& tree);

@@ -1,0 +1,350 @@
+// The lists of a description: base resource numbers, media, print modes, resolutions, colours and
+// colour modes.
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <unordered_map>
+#include <utility>
+
+#include "description/DescriptionLists.h"
+#include "description/DescriptionLoader.h"
+#include "driverhost/check/FileChecks.h"
+#include "host/Records.h"
+#include "platform/CodePage.h"
+
+namespace {
+
+using Known = CheckedDocument::Known;
+
+constexpr int32_t kMostDitheredInks = 16;        // the dither parameters' inks
+constexpr std::size_t kMostItemBytes = 63;       // of a name in the host's lists
+constexpr std::size_t kMostModeNameBytes = 255;  // of a colour mode's name
+
+std::string Refusal(const char* message) {
+    return fmt::format("; the driver refuses the description: {}", Quoted(message));
+}
+
+class DefinitionCheck {
+  public:
+    explicit DefinitionCheck(const CheckedDocument& document) : document_(document) {}
+
+    DescriptionFacts Check() {
+        definition_ = ChildElement(document_.Root(), "Definition");
+        if (!definition_) {
+            document_.Error(document_.Root(), "no element \"Definition\"" +
+                                                  Refusal("Getting DEFINITIONNODE node fails"));
+            return facts_;
+        }
+        document_.CheckNames(definition_, {{kMedia.name, kPrintModes.name, kResolutions.name,
+                                            kColors.name, kColorModes.name},
+                                           {},
+                                           false,
+                                           false});
+        CheckMedia();
+        CheckPrintModes();
+        CheckResolutions();
+        CheckColors();
+        CheckColorModes();
+        return std::move(facts_);
+    }
+
+  private:
+    void CheckMedia();
+    void CheckPrintModes();
+    void CheckResolutions();
+    void CheckColors();
+    void CheckColorModes();
+    void CheckColorMode(const pugi::xml_node& item);
+    void CheckColorant(const pugi::xml_node& item, DescribedColorMode& mode,
+                       std::optional<int32_t>& modeDepth);
+
+    /// Checks one list and what all its items have; `checkItem(item)` sees the rest. The items.
+    template <class CheckItem>
+    std::vector<pugi::xml_node> CheckList(const ListKind& kind, const Known& item,
+                                          const std::vector<std::string_view>& attributes,
+                                          CheckItem checkItem);
+    void CheckBase(const ListKind& kind, int32_t itemCount);
+    void CheckIdentifier(const pugi::xml_node& item, int32_t position, const ListKind& kind,
+                         std::unordered_map<int32_t, pugi::xml_node>& met);
+    std::string CheckName(const pugi::xml_node& item, const char* name, std::size_t mostBytes);
+    void CheckDots(const pugi::xml_node& item, const char* name, const char* message);
+
+    const CheckedDocument& document_;
+    pugi::xml_node definition_;
+    DescriptionFacts facts_;
+};
+
+void DefinitionCheck::CheckBase(const ListKind& kind, int32_t itemCount) {
+    const pugi::xml_node bases = ChildElement(document_.Root(), "BaseResourceNumber");
+    if (!bases) return;  // reported once, for all lists
+    const pugi::xml_node base = ChildElement(bases, kind.baseName);
+    if (!base) {
+        document_.Error(bases, fmt::format("no element {}; the driver shows \"Getting szNode node "
+                                           "fails\" at each load",
+                                           Quoted(kind.baseName)));
+        return;
+    }
+    const std::string text = document_.ChildText(bases, kind.baseName);
+    if (text.empty()) return;
+    const std::optional<int32_t> number = document_.Number(base, kind.baseName, text);
+    if (!number) {
+        document_.Warning(base, fmt::format("{} is no number; it counts as -1", Quoted(text)));
+        return;
+    }
+    if (*number == -1) return;
+    int32_t replaced = 0;
+    for (int32_t position = 0; position < itemCount; ++position) {
+        if (DisplayNameResource(*number, position)) ++replaced;
+    }
+    document_.Warning(
+        base, replaced == 0
+                  ? fmt::format("no item of {} has a string resource behind {}; DisplayName names "
+                                "them",
+                                kind.name, *number)
+                  : fmt::format("string resources replace the DisplayName of {} of the {} items of "
+                                "{}",
+                                replaced, itemCount, kind.name));
+}
+
+void DefinitionCheck::CheckIdentifier(const pugi::xml_node& item, int32_t position,
+                                      const ListKind& kind,
+                                      std::unordered_map<int32_t, pugi::xml_node>& met) {
+    const pugi::xml_node node = ChildElement(item, "ID");
+    if (!node) {
+        document_.Error(item, "the item has no element \"ID\"" + Refusal(kind.wrongIdentifier));
+        return;
+    }
+    const std::string text = document_.ChildText(item, "ID");
+    const std::optional<int32_t> identifier = document_.Number(node, "ID", text);
+    if (!identifier || *identifier < 0) {
+        document_.Error(node, fmt::format("ID {} is no number of 0 or more{}", Quoted(text),
+                                          Refusal(kind.wrongIdentifier)));
+        return;
+    }
+    const auto [earlier, isFirst] = met.emplace(*identifier, item);
+    if (!isFirst) {
+        document_.Error(node, fmt::format("ID {} is taken by the item in line {}", *identifier,
+                                          document_.PositionOf(earlier->second).Line));
+    } else if (*identifier != position) {
+        document_.Error(node, fmt::format("ID {} is not the item's position, {}: what refers to it "
+                                          "finds another item",
+                                          *identifier, position));
+    }
+}
+
+std::string DefinitionCheck::CheckName(const pugi::xml_node& item, const char* name,
+                                       std::size_t mostBytes) {
+    const pugi::xml_node node = ChildElement(item, name);
+    std::string text = document_.ChildText(item, name);
+    if (!node) {
+        document_.Warning(
+            item, fmt::format("the item has no element {}; it counts as empty", Quoted(name)));
+    } else if (text.empty()) {
+        document_.Warning(node, fmt::format("{} is empty", name));
+    } else if (text.find_first_of(" \t\r\n") == 0 ||
+               text.find_last_of(" \t\r\n") == text.size() - 1) {
+        document_.Warning(node, fmt::format("the blanks around the text belong to {}", name));
+    }
+    if (Utf8ToAnsi(text).size() > mostBytes) {
+        document_.Warning(node, fmt::format("{} is longer than the {} bytes that the host sees",
+                                            name, mostBytes));
+    }
+    return text;
+}
+
+template <class CheckItem>
+std::vector<pugi::xml_node> DefinitionCheck::CheckList(
+    const ListKind& kind, const Known& item, const std::vector<std::string_view>& attributes,
+    CheckItem checkItem) {
+    std::vector<pugi::xml_node> items;
+    std::unordered_map<int32_t, pugi::xml_node> met;
+    const pugi::xml_node list = ChildElement(definition_, kind.name);
+    document_.CheckNames(list, {{}, attributes, true, false});
+    ForEachElement(list, [&](const pugi::xml_node& node, int32_t position) {
+        items.push_back(node);
+        document_.CheckNames(node, item);
+        CheckIdentifier(node, position, kind, met);
+        checkItem(node);
+    });
+    CheckBase(kind, static_cast<int32_t>(items.size()));
+    return items;
+}
+
+void DefinitionCheck::CheckMedia() {
+    const Known item = {{"ID", "InternalName", "DisplayName"}, {}, false, false};
+    facts_.Media = CheckList(kMedia, item, {"DefaultMedia"}, [&](const pugi::xml_node& node) {
+        CheckName(node, "InternalName", kMostItemBytes);
+        CheckName(node, "DisplayName", kMostItemBytes);
+    });
+    facts_.MediaCount = static_cast<int32_t>(facts_.Media.size());
+    const pugi::xml_node list = ChildElement(definition_, kMedia.name);
+    const std::string text = list.attribute("DefaultMedia").value();
+    if (text.empty()) return;
+    const std::optional<int32_t> media = document_.Number(list, "DefaultMedia");
+    if (!media) {
+        document_.Warning(list, "DefaultMedia",
+                          fmt::format("DefaultMedia {} is no number; 0 is read", Quoted(text)));
+    } else if (*media < 0 || *media >= facts_.MediaCount) {
+        document_.Warning(
+            list, "DefaultMedia",
+            fmt::format("DefaultMedia {} names none of the {} media", *media, facts_.MediaCount));
+    }
+}
+
+void DefinitionCheck::CheckPrintModes() {
+    const Known item = {{"ID", "InternalName", "DisplayName"}, {}, false, false};
+    facts_.PrintModes = CheckList(kPrintModes, item, {}, [&](const pugi::xml_node& node) {
+        CheckName(node, "InternalName", kMostItemBytes);
+        CheckName(node, "DisplayName", kMostItemBytes);
+    });
+    facts_.PrintModeCount = static_cast<int32_t>(facts_.PrintModes.size());
+}
+
+void DefinitionCheck::CheckDots(const pugi::xml_node& item, const char* name, const char* message) {
+    const pugi::xml_node node = ChildElement(item, name);
+    if (!node) {
+        document_.Error(
+            item, fmt::format("the item has no element {}{}", Quoted(name), Refusal(message)));
+        return;
+    }
+    const std::string text = document_.ChildText(item, name);
+    const std::optional<int32_t> dots = document_.Number(node, name, text);
+    if (!dots || *dots < 0) {
+        document_.Error(node, fmt::format("{} {} is no number of 0 or more{}", name, Quoted(text),
+                                          Refusal(message)));
+    } else if (*dots == 0) {
+        document_.Warning(node, fmt::format("{} is 0 dots per inch", name));
+    }
+}
+
+void DefinitionCheck::CheckResolutions() {
+    const Known item = {{"ID", "XResValue", "YResValue", "DisplayName"}, {}, false, false};
+    facts_.Resolutions = CheckList(kResolutions, item, {}, [&](const pugi::xml_node& node) {
+        CheckDots(node, "XResValue", "Wrong xResolution.");
+        CheckDots(node, "YResValue", "Wrong yResolution.");
+        CheckName(node, "DisplayName", kMostItemBytes);
+    });
+    facts_.ResolutionCount = static_cast<int32_t>(facts_.Resolutions.size());
+}
+
+void DefinitionCheck::CheckColors() {
+    const pugi::xml_node list = ChildElement(definition_, kColors.name);
+    if (!list) {
+        document_.Error(definition_, fmt::format("no element {}{}", Quoted(kColors.name),
+                                                 Refusal("Loading COLORLISTNODE fails.")));
+    } else if (CountElements(list) == 0) {
+        document_.Error(list, "the list is empty" + Refusal("Wrong nClrDefCount"));
+    }
+    const Known item = {{"ID", "InternalName", "DisplayName", "ChannelName"}, {}, false, false};
+    facts_.ColorNodes = CheckList(kColors, item, {}, [&](const pugi::xml_node& node) {
+        DescribedColor color;
+        color.InternalName = CheckName(node, "InternalName", kMostItemBytes);
+        CheckName(node, "DisplayName", kMostItemBytes);
+        color.ChannelName = document_.ChildText(node, "ChannelName");
+        facts_.Colors.push_back(std::move(color));
+    });
+}
+
+void DefinitionCheck::CheckColorModes() {
+    const pugi::xml_node list = ChildElement(definition_, kColorModes.name);
+    if (!list) {
+        document_.Error(definition_,
+                        fmt::format("no element {}; the driver refuses the description {}",
+                                    Quoted(kColorModes.name), kWithoutMessage));
+    } else if (CountElements(list) == 0) {
+        document_.Warning(list, "the list is empty: the model offers no colour mode");
+    }
+    const Known item = {{"ID", "InternalName", "DisplayName", "ColorantList"}, {}, false, false};
+    CheckList(kColorModes, item, {}, [&](const pugi::xml_node& node) { CheckColorMode(node); });
+}
+
+void DefinitionCheck::CheckColorMode(const pugi::xml_node& item) {
+    DescribedColorMode mode;
+    mode.Node = item;
+    CheckName(item, "InternalName", kMostModeNameBytes);
+    mode.Name = CheckName(item, "DisplayName", kMostModeNameBytes);
+    const pugi::xml_node list = ChildElement(item, "ColorantList");
+    document_.CheckNames(list, {{}, {}, true, false});
+    std::optional<int32_t> depth;
+    ForEachElement(list, [&](const pugi::xml_node& colorant, int32_t) {
+        CheckColorant(colorant, mode, depth);
+    });
+    const int32_t count = CountElements(list);
+    if (count == 0) document_.Warning(item, "the colour mode has no colorants");
+    if (count > kMostDitheredInks) {
+        document_.Warning(item, fmt::format("{} colorants: dither parameters describe the first {}",
+                                            count, kMostDitheredInks));
+    }
+    if (count > kColorantCapacity) {
+        document_.Error(
+            item, fmt::format("{} colorants: a job has room for {}", count, kColorantCapacity));
+    }
+    facts_.ColorModes.push_back(std::move(mode));
+}
+
+void DefinitionCheck::CheckColorant(const pugi::xml_node& item, DescribedColorMode& mode,
+                                    std::optional<int32_t>& modeDepth) {
+    document_.CheckNames(item, {{"ColorDepth"}, {"ID", "IsSpotColor"}, false, false});
+    const std::string idText = item.attribute("ID").value();
+    const std::optional<int32_t> color =
+        idText.empty() ? std::optional<int32_t>(0) : document_.Number(item, "ID");
+    if (idText.empty()) document_.Warning(item, "the colorant has no ID; it counts as colour 0");
+    const auto colorCount = static_cast<int32_t>(facts_.Colors.size());
+    if (!color || *color < 0 || *color >= colorCount) {
+        document_.Error(item, "ID",
+                        fmt::format("ID {} is no position of the {} colours{}", Quoted(idText),
+                                    colorCount, Refusal("Wrong color ID.")));
+    } else {
+        mode.Colors.push_back(*color);
+    }
+
+    const pugi::xml_node depthNode = ChildElement(item, "ColorDepth");
+    const std::string depthText = document_.ChildText(item, "ColorDepth");
+    const pugi::xml_node& at = depthNode ? depthNode : item;
+    const std::optional<int32_t> depth = document_.Number(at, "ColorDepth", depthText);
+    if (!depth || *depth < 0) {
+        document_.Error(at, fmt::format("ColorDepth {} is no number of 0 or more{}",
+                                        Quoted(depthText), Refusal("Wrong color depth.")));
+    } else if (*depth != 1 && *depth != 2 && *depth != 4 && *depth != 8) {
+        document_.Warning(at, fmt::format("ColorDepth {}: job containers hold separations of 1, 2, "
+                                          "4 or 8 bits",
+                                          *depth));
+    } else if (modeDepth && *modeDepth != *depth) {
+        document_.Warning(at,
+                          fmt::format("ColorDepth {}: the first colorant has {}, which the host "
+                                      "is told for the whole mode",
+                                      *depth, *modeDepth));
+    }
+    if (!modeDepth) modeDepth = depth;
+
+    const std::string spotText = item.attribute("IsSpotColor").value();
+    const std::optional<int32_t> spot = document_.Number(item, "IsSpotColor");
+    if (!spotText.empty() && (!spot || *spot < 0)) {
+        document_.Error(item, "IsSpotColor",
+                        fmt::format("IsSpotColor {} is no number of 0 or more{}", Quoted(spotText),
+                                    Refusal("Wrong color spot.")));
+    } else if (spot && *spot > 1) {
+        document_.Warning(item, "IsSpotColor",
+                          fmt::format("IsSpotColor {} counts as 0; 1 is a spot colour", *spot));
+    }
+}
+
+}  // namespace
+
+DescriptionFacts CheckDefinition(const CheckedDocument& document) {
+    const pugi::xml_node bases = ChildElement(document.Root(), "BaseResourceNumber");
+    if (bases) {
+        document.CheckNames(bases, {{kMedia.baseName, kPrintModes.baseName, kResolutions.baseName,
+                                     kColors.baseName, kColorModes.baseName},
+                                    {},
+                                    false,
+                                    false});
+    } else {
+        document.Error(document.Root(),
+                       "no element \"BaseResourceNumber\"; the driver shows "
+                       "\"Getting BASERESOURCENODE node fails\" for each list at "
+                       "each load");
+    }
+    return DefinitionCheck(document).Check();
+}

@@ -1,0 +1,404 @@
+// What `driverhost check` says of model data, and whether it agrees with the driver.
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <pugixml.hpp>
+#include <set>
+#include <sstream>
+
+#include "DriverHostFixture.h"
+#include "driverhost/check/FileChecks.h"
+
+namespace {
+
+/// Nothing is to be said of it. The tests name its lines.
+constexpr char kDescription[] = R"(<Printer>
+<BaseResourceNumber>
+  <BaseMedia/><BasePrintMode/><BaseResolution>-1</BaseResolution><BaseColor/><BaseColorMode/>
+</BaseResourceNumber>
+<Definition>
+  <MediaList DefaultMedia="1">
+    <M><ID>0</ID><InternalName>film</InternalName><DisplayName>Film</DisplayName></M>
+    <M><ID>1</ID><InternalName>vinyl</InternalName><DisplayName>Vinyl</DisplayName></M>
+  </MediaList>
+  <PrintModeList>
+    <P><ID>0</ID><InternalName>fast</InternalName><DisplayName>Fast</DisplayName></P>
+  </PrintModeList>
+  <ResolutionList>
+    <R><ID>0</ID><XResValue>360</XResValue><YResValue>720</YResValue><DisplayName>Low</DisplayName></R>
+    <R><ID>1</ID><XResValue>720</XResValue><YResValue>720</YResValue><DisplayName>High</DisplayName></R>
+  </ResolutionList>
+  <ColorList>
+    <C><ID>0</ID><InternalName>Cyan</InternalName><DisplayName>Cyan</DisplayName><ChannelName>filename_C.tif</ChannelName></C>
+    <C><ID>1</ID><InternalName>Black</InternalName><DisplayName>Black</DisplayName><ChannelName>filename_K.tif</ChannelName></C>
+    <C><ID>2</ID><InternalName>White</InternalName><DisplayName>White</DisplayName><ChannelName>filename_W.tif</ChannelName></C>
+  </ColorList>
+  <ColorModeList>
+    <K><ID>0</ID><InternalName>two</InternalName><DisplayName>Two</DisplayName><ColorantList>
+      <I ID="0" IsSpotColor="0"><ColorDepth>1</ColorDepth></I>
+      <I ID="1" IsSpotColor="0"><ColorDepth>1</ColorDepth></I></ColorantList></K>
+    <K><ID>1</ID><InternalName>one</InternalName><DisplayName>One</DisplayName><ColorantList>
+      <I ID="1"><ColorDepth>8</ColorDepth></I></ColorantList></K>
+  </ColorModeList>
+</Definition>
+<Control_Definition>
+  <M ID="0" DefaultPrintMode="0"><P ID="0">
+    <R ID="0" DefaultColorMode="0"><K ID="0"/><K ID="1"/></R>
+    <R ID="1" DefaultColorMode="1"><K ID="1"/></R></P></M>
+  <M ID="1" DefaultPrintMode="0"><P ID="0">
+    <R ID="0" DefaultColorMode="0"><K ID="0"/></R>
+    <R ID="1" DefaultColorMode="0"><K ID="0"/></R></P></M>
+</Control_Definition>
+<ModelList>
+  <E Name="Roll" TypeRead="PAGE" PrinterDirection="NO" CreateFolder="YES" SupportWhite="1|Under,Full;1,3;0,1">
+    <JobTicketParam name="ticket.txt" code="utf-8"/>
+    <HeaderParam name="header.txt" output="filename.hdr" EndRip="NO"/>
+    <PreviewParam type="PNG" sizeH="300" sizeV="200" bestFit="0" name="filename.png"/>
+  </E>
+</ModelList>
+</Printer>
+)";
+
+constexpr char kModels[] = "<Models>\n<Model Name=\"Roll\" XMLFile=\"roll.xml\"/>\n</Models>\n";
+
+/// The first occurrence of `from`, which must be there, becomes `to`.
+struct Edit {
+    std::string from;
+    std::string to;
+};
+
+std::string Edited(std::string text, const std::vector<Edit>& edits) {
+    for (const auto& [from, to] : edits)
+        text.replace(text.find(from), from.size(), to);  // throws when it is not there
+    return text;
+}
+
+struct FaultCase {
+    std::vector<Edit> Edits;
+    std::vector<const char*> Found;  ///< LINE:COLUMN: severity: and how the text starts, in order
+};
+
+const FaultCase kDescriptionFaults[] = {
+    {{}, {}},
+    // Refused by the driver.
+    {{{"<ID>1</ID><InternalName>vinyl", "<ID>-1</ID><InternalName>vinyl"}},
+     {"8:8: error: ID \"-1\" is no number of 0 or more; the driver refuses the description: "
+      "\"Wrong "
+      "media index.\""}},
+    {{{"<ID>0</ID><InternalName>fast", "<InternalName>fast"}},
+     {"11:5: error: the item has no element \"ID\""}},
+    {{{"<XResValue>360<", "<XResValue>99999999999<"}}, {"14:18: error: XResValue \"99999999999\""}},
+    {{{"<XResValue>720</XResValue><YResValue>720</YResValue>", "<XResValue>0</XResValue>"}},
+     {"15:5: error: the item has no element \"YResValue\"", "15:18: warning: XResValue is 0"}},
+    {{{"<I ID=\"1\"><ColorDepth>8", "<I ID=\"3\"><ColorDepth>8"}},
+     {"27:10: error: ID \"3\" is no position of the 3 colours"}},
+    {{{"<ColorDepth>8</ColorDepth>", ""}}, {"27:7: error: ColorDepth \"\""}},
+    {{{"<I ID=\"1\" IsSpotColor=\"0\"", "<I ID=\"1\" IsSpotColor=\"no\""}},
+     {"25:17: error: IsSpotColor \"no\" is no number"}},
+    {{{"<BaseColor/>", ""}}, {"2:1: error: no element \"BaseColor\""}},
+    {{{"<Control_Definition", "<Control_Definitions"},
+      {"</Control_Definition", "</Control_Definitions"}},
+     {"1:1: error: no element \"Control_Definition\"",
+      "30:1: warning: element \"Control_Definitions\" is not read (did you mean "
+      "\"Control_Definition\"?)"}},
+    // Misread: identifiers that are no positions, combinations of nothing, files that collide.
+    {{{"<ID>1</ID><InternalName>Black", "<ID>0</ID><InternalName>Black"}},
+     {"19:8: error: ID 0 is taken by the item in line 18"}},
+    {{{"<ID>2</ID><InternalName>White", "<ID>7</ID><InternalName>White"}},
+     {"20:8: error: ID 7 is not the item's position, 2"}},
+    {{{"<R ID=\"1\" DefaultColorMode=\"1\"><K ID=\"1\"/>",
+       "<R ID=\"2\" DefaultColorMode=\"1\"><K/>"}},
+     {"33:8: error: ID \"2\" names nothing", "33:36: error: the item has no ID"}},
+    {{{"<K ID=\"0\"/><K ID=\"1\"/>", "<K ID=\"1\"/><K ID=\"1\"/>"}},
+     {"32:15: warning: DefaultColorMode 0 is not allowed here", "32:50: error: ID 1 is taken"}},
+    {{{"filename_K.tif", "filename_C.tif"}},
+     {"23:5: error: channels 1 and 2 of \"Two\" share the file"}},
+    {{{"filename_K.tif", "filename.HDR"}},
+     {"39:3: error: the header and a channel of \"Two\" share the file"}},
+    {{{"filename_C.tif", "../filename_C.tif"}},
+     {"18:82: error: ChannelName \"../filename_C.tif\""}},
+    {{{"name=\"filename.png\"", "name=\"filename.hdr\""}},
+     {"39:3: error: the header and the preview share the file \"filename.hdr\""}},
+    {{{"\"ticket.txt\"", "\"../ticket.txt\""}},
+     {"40:21: error: \"../ticket.txt\" names a file outside"}},
+    {{{"\"header.txt\"", "\"heade.txt\""}}, {"41:18: error: "}},
+    // Ignored or guessed.
+    {{{"<ID>0</ID><InternalName>film", "<ID>0 x</ID><InternalName>film"}},
+     {"7:8: warning: only the 0 of ID \"0 x\" is read"}},
+    {{{"<ID>0</ID><InternalName>film", "<ID>0<!-- -->5</ID><InternalName>film"}},
+     {"7:21: warning: only the text before is read"}},
+    {{{"<M><ID>0</ID>", "<M ID=\"0\"><ID>0</ID><Weight/>text"}},
+     {"7:8: warning: attribute \"ID\" is not read; it is read from a child element",
+      "7:25: warning: element \"Weight\" is not read", "7:34: warning: this text is not read"}},
+    {{{"DefaultMedia=\"1\"", "DefaultMedium=\"1\" DefaultMedia=\"x\""}},
+     {"6:14: warning: attribute \"DefaultMedium\" is not read (did you mean \"DefaultMedia\"?)",
+      "6:32: warning: DefaultMedia \"x\" is no number; 0 is read"}},
+    {{{"<BaseMedia/>", "<BaseMedia>5</BaseMedia>"}}, {"3:3: warning: string resources replace"}},
+    {{{"<DisplayName>Vinyl", "<DisplayName>Vinyl</DisplayName><DisplayName>Vinyl"}},
+     {"8:84: warning: element \"DisplayName\" is not read: only the first"}},
+    {{{"<InternalName>Cyan<", "<InternalName> Cyan<"}},
+     {"18:18: warning: the blanks around the text"}},
+    {{{"<ChannelName>filename_C.tif</ChannelName>", ""}},
+     {"18:5: warning: the colour has no ChannelName"}},
+    {{{"filename_C.tif", "FileName_C.tif"}},
+     {"18:82: warning: \"FileName_C.tif\" holds no job name"}},
+    {{{"CreateFolder=\"YES\"", "CreateFolder=\"no\""}, {"filename_C.tif", "c.tif"}},
+     {"18:82: warning: \"c.tif\" holds no \"filename\": each job replaces"}},
+    {{{"<I ID=\"0\" IsSpotColor=\"0\"", "<I IsSpotColor=\"2\""}},
+     {"24:7: warning: the colorant has no ID; it counts as colour 0",
+      "24:10: warning: IsSpotColor 2"}},
+    {{{"<ColorDepth>8", "<ColorDepth>3"}}, {"27:17: warning: ColorDepth 3"}},
+    {{{"<R ID=\"0\" DefaultColorMode=\"0\"><K ID=\"0\"/></R>", ""}},
+     {"36:5: warning: the only resolution here serves every resolution"}},
+    {{{"<M ID=\"1\" DefaultPrintMode=\"0\"><P ID=\"0\">",
+       "<M ID=\"1\" DefaultPrintMode=\"4\"><P ID=\"0\">"}},
+     {"34:13: warning: DefaultPrintMode \"4\" is no position of PrintModeList"}},
+    {{{"<K ID=\"0\"/><K ID=\"1\"/></R>", "<K ID=\"0\"/></R>"},
+      {"<R ID=\"1\" DefaultColorMode=\"1\"><K ID=\"1\"/>",
+       "<R ID=\"1\" DefaultColorMode=\"0\"><K ID=\"0\"/>"}},
+     {"26:5: warning: no combination allows this colour mode"}},
+    {{{"TypeRead=\"PAGE\"", "TypeRead=\"LINE_BY_LIN\""}},
+     {"39:18: warning: TypeRead \"LINE_BY_LIN\" counts as PAGE (did you mean \"LINE_BY_LINE\"?)"}},
+    {{{"1|Under,Full;1,3;0,1", "2|Under,Full;1,x;0"}},
+     {"39:75: warning: SupportWhite has 2 names, 2 codes and 1 header codes",
+      "39:75: warning: the default 2 is none of the codes",
+      "39:75: warning: \"1,x;0\" holds more than numbers"}},
+    {{{"<InternalName>White", "<InternalName>Weiss"}},
+     {"20:5: warning: no colour mode prints this colour",
+      "39:75: warning: no colour with the InternalName \"White\""}},
+    {{{"output=\"filename.hdr\"", "output=\"\""}},
+     {"41:5: warning: no output: the driver writes no header"}},
+    {{{"type=\"PNG\"", "type=\"png\""}},
+     {"42:19: warning: type \"png\" counts as BMP (did you mean \"PNG\"?)",
+      "42:66: warning: name \"filename.png\" does not say"}},
+    {{{"sizeV=\"200\"", "sizeV=\"0\""}}, {"42:5: error: no preview is made"}},
+    {{{"<E Name=\"Roll\"", "<E Name=\"Rolf\""}}, {"39:6: warning: no model has these rules"}},
+};
+
+class Check : public DriverHost {
+  protected:
+    Check() {
+        for (const char* const folder : {"HeaderTemplates", "JobTicketTemplates"})
+            fs::create_directories(Path(Data(folder)));
+        Write(Data("ZeComFile.xml"), kModels);
+        Write(Data("roll.xml"), kDescription);
+        Write(Data("HeaderTemplates/header.txt"), "int32,QL_WIDTH\r\n");
+        Write(Data("JobTicketTemplates/ticket.txt"), "QL_COPIES\r\n");
+    }
+
+    static std::string Data(const std::string& name) { return "base/OutputDrivers/" + name; }
+
+    /// The findings of a file, without its name.
+    std::vector<std::string> FoundIn(const std::string& file, const Arguments& more = {}) const {
+        Arguments arguments = {"check", "base"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        const Outcome checked = Host(arguments);
+        std::vector<std::string> found;
+        std::istringstream lines(checked.Output);
+        bool hasErrors = false;
+        for (std::string line; std::getline(lines, line);) {
+            hasErrors = hasErrors || Contains(line, ": error: ");
+            if (line.starts_with(file + ":")) found.push_back(line.substr(file.size() + 1));
+        }
+        EXPECT_EQ(checked.Status, hasErrors ? 1 : 0) << checked.Output;
+        return found;
+    }
+
+    static void ExpectFound(const std::vector<std::string>& found, const FaultCase& fault) {
+        std::string all;
+        for (const std::string& line : found)
+            all += line + '\n';
+        ASSERT_EQ(found.size(), fault.Found.size())
+            << all << (fault.Edits.empty() ? "" : fault.Edits[0].to);
+        for (std::size_t i = 0; i < found.size(); ++i)
+            EXPECT_TRUE(found[i].starts_with(fault.Found[i])) << all << fault.Found[i];
+    }
+};
+
+TEST_F(Check, FindsFaultsOfADescriptionWhereTheyStand) {
+    for (const FaultCase& fault : kDescriptionFaults) {
+        Write(Data("roll.xml"), Edited(kDescription, fault.Edits));
+        ExpectFound(FoundIn(Data("roll.xml")), fault);
+    }
+    // In the encoded form the places are those of the text; in other encodings of the characters.
+    Write("plain.xml", Edited(kDescription, {{"<ID>0</ID><InternalName>film",
+                                              "<ID>\xC3\xA4</ID><InternalName>film"}}));
+    const std::string place = "7:8: error: ID \"\xC3\xA4\"";
+    for (const char* const encode :
+         {"gzip -c", "iconv -f utf-8 -t utf-16", "iconv -f utf-8 -t utf-16be"}) {
+        ASSERT_EQ(Shell(fmt::format("{} plain.xml > {}", encode, Data("roll.xml"))).Status, 0);
+        EXPECT_TRUE(FoundIn(Data("roll.xml")).at(0).starts_with(place)) << encode;
+    }
+}
+
+TEST_F(Check, FollowsTheModelListAndTheFilesThatItNames) {
+    Write(Data("ZeComFile.xml"),
+          "<Models>\n"
+          "<Model Name=\"Roll\" XMLFile=\"roll.xml\" Nmae=\"x\"/>\n"
+          "<Model Name=\"Roll 2\" XMLFile=\"roll.xml\"/>\n"
+          "<Model Name=\"Flat\" XMLFile=\"roll.xml\"/>\n"
+          "<Model Name=\"Lost\" XMLFile=\"../lost.xml\"/>\n"
+          "<Model XMLFile=\"lost.xml\"/>\n"
+          "<Model Name=\"Last\"/>\n"
+          "</Models>\n");
+    ExpectFound(FoundIn(Data("ZeComFile.xml")),
+                {{},
+                 {"2:39: warning: attribute \"Nmae\" is not read (did you mean \"Name\"?)",
+                  "3:8: warning: no model reaches this entry: the entry in line 2 takes",
+                  "4:1: warning: \"roll.xml\" has no output rules",
+                  "5:20: error: \"../lost.xml\" names a file outside its folder",
+                  "6:1: warning: the entry has no Name",
+                  "6:8: error: ", "7:1: error: the entry has no XMLFile",
+                  "7:8: warning: no model reaches this entry: the entry in line 6"}});
+    Write(Data("ZeComFile.xml"), kModels);
+    // Halftone lists, options, what nothing names and what a host needs.
+    Write(Data("stray.xml"), "<a/>");
+    Write(Data("Ditherparams.xml"),
+          "<H><ManufacturerList><M Name=\"a\" ManufactureXML=\"none.xml\"/>\n"
+          "<M Name=\"b\" ManufactureMAPXML=\"map.xml\"/></ManufacturerList></H>");
+    Write(Data("map.xml"), "<m><x Name=\"Roll\" XMLFile=\"stray.xml\"/></m>");
+    ExpectFound(FoundIn(Data("Ditherparams.xml")), {{}, {"1:34: error: "}});
+    ExpectFound(FoundIn(Data("stray.xml")), {{}, {"1:1: error: no element \"PrinterHardware\""}});
+    Write(Data("map.xml"), "<m/>");
+    ExpectFound(FoundIn(Data("stray.xml")), {{}, {"1:1: warning: no other file names this one"}});
+    fs::create_directories(Path("base/Jobs and Settings/OptionsDrivers"));
+    Write("base/Jobs and Settings/OptionsDrivers/QL_DROP_1.xml",
+          "<R><DriverOptions SupportWhiteType=\"x\"/></R>");
+    ExpectFound(FoundIn("base/Jobs and Settings/OptionsDrivers/QL_DROP_1.xml"),
+                {{}, {"1:19: warning: SupportWhiteType \"x\""}});
+    ExpectFound(FoundIn("base/Temp"), {{}, {"1:1: warning: the folder does not exist"}});
+}
+
+TEST_F(Check, TakesOneFileAndAnswersWithItsStatus) {
+    Write(Data("roll.xml"), Edited(kDescription, {{"type=\"PNG\"", "type=\"gif\""}}));
+    Write("alone.xml", kDescription);
+    Write("list.xml", "<a><b/></a>");
+    const std::string path = Data("roll.xml");
+    const std::tuple<Arguments, int, const char*> cases[] = {
+        {{"check", path}, 0, "base/OutputDrivers/roll.xml:42:19: warning: "},
+        {{"check", path, "--strict"}, 1, "3 files checked: 0 errors, 2 warnings"},
+        {{"check", "alone.xml", "--strict"}, 0, "1 file checked: 0 errors, 0 warnings"},
+        {{"check", "list.xml"}, 1, "list.xml:1:1: error: no kind of file"},
+        {{"check", "nowhere"}, 2, "there is no file or folder nowhere"},
+        {{"check", "."}, 1, "OutputDrivers:1:1: error: the folder does not exist"},
+        {{"--base", "base", "check"}, 0, "4 files checked: "},
+    };
+    for (const auto& [arguments, status, text] : cases) {
+        const Outcome checked = Host(arguments);
+        EXPECT_EQ(checked.Status, status) << checked.Output;
+        EXPECT_TRUE(Contains(checked.Output, text)) << text << '\n' << checked.Output;
+    }
+    const auto report = nlohmann::json::parse(Host({"check", path, "--json"}).Output);
+    EXPECT_EQ(report["warnings"], 2);
+    EXPECT_EQ(report["findings"][0]["column"], 19);
+    EXPECT_EQ(report["findings"][0]["file"], path);
+}
+
+TEST_F(Check, EndsOnHostileFilesWithAClearLine) {
+    const std::string many(20000, 'x');
+    std::string unknown;
+    std::string attributes;
+    std::string deep;
+    for (int i = 0; i < 100'000; ++i) {
+        unknown += "<y/>";
+        attributes += fmt::format(" a{}='1'", i);
+        deep += "<d>";
+    }
+    const std::pair<std::string, const char*> cases[] = {
+        {"", ":1:1: error: no XML document"},
+        {std::string("<a>\n\0</a>", 9), ":2:1: error: no XML document"},
+        {"<a>\n <b></a>", ":2:"},
+        {"<a/>\n<b/>", ":2:1: error: no XML document: a second root element"},
+        {"\x1F\x8B\x08junk", ":1:1: error: the gzip data are damaged"},
+        {"<" + many + "/>", ":1:1: error: no element \"Definition\""},
+        {"<a>" + unknown + "</a>", "not listed"},
+        {"<a><Definition" + attributes + "/></a>", "not listed"},
+        {"<a><Definition>" + deep, "no XML document"},
+        {"<a><Definition><x\n\tName=\"\x01&#10;\"/></Definition></a>", ":1:16: warning: "},
+    };
+    for (const auto& [bytes, text] : cases) {
+        Write(Data("roll.xml"), bytes);
+        const Outcome checked = Host({"check", "base"});
+        EXPECT_EQ(checked.Status, 1) << bytes.substr(0, 60);
+        EXPECT_TRUE(Contains(checked.Output, text))
+            << bytes.substr(0, 60) << checked.Output.substr(checked.Output.size() - 300);
+    }
+    const std::pair<const char*, const char*> files[] = {
+        {"mkfifo", "is no file"},
+        {"mkdir", "is a folder"},
+        {"ln -s /dev/zero", "is no file"},
+        {"head -c 100000000 /dev/zero | gzip -c >",
+         ": error: the gzip data are damaged or hold more"},
+        {"truncate -s 200G", "has more than"}};
+    for (const auto& [make, text] : files) {
+        const std::string script = fmt::format("rm -rf {0} && {1} {0}", Data("roll.xml"), make);
+        ASSERT_EQ(Shell(script).Status, 0) << make;
+        const Outcome checked = Host({"check", "base"});
+        EXPECT_EQ(checked.Status, 1);
+        EXPECT_TRUE(Contains(checked.Output, text)) << make << '\n' << checked.Output;
+    }
+}
+
+/// Every value of a description, one after the other, set to this and that.
+template <class Visit>
+void ForEachChange(Visit visit) {
+    pugi::xml_document document;
+    document.load_string(kDescription);
+    std::vector<pugi::xml_node> elements;
+    const pugi::xpath_node_set all = document.select_nodes("//*");
+    for (const char* const value : {"", "x", "-1", "0", "1", "7", "99999999999"}) {
+        for (const pugi::xpath_node& found : all) {
+            pugi::xml_node node = found.node();
+            if (node.first_child() && node.first_child() == node.last_child() &&
+                node.first_child().type() == pugi::node_pcdata) {
+                const std::string before = node.text().get();
+                node.text().set(value);
+                visit(document);
+                node.text().set(before.c_str());
+            }
+            for (pugi::xml_attribute attribute : node.attributes()) {
+                const std::string before = attribute.value();
+                attribute.set_value(value);
+                visit(document);
+                attribute.set_value(before.c_str());
+            }
+        }
+    }
+    for (const pugi::xpath_node& found : all) {
+        pugi::xml_node node = found.node();
+        const std::string before = node.name();
+        node.set_name("Renamed");
+        visit(document);
+        node.set_name(before.c_str());
+    }
+}
+
+TEST_F(Check, AgreesWithTheDriverOnWhatIsRefused) {
+    int refused = 0;
+    int loaded = 0;
+    ForEachChange([&](const pugi::xml_document& document) {
+        std::ostringstream text;
+        document.save(text, "", pugi::format_raw);
+        Write("changed.xml", text.str());
+        CheckRun run;
+        CheckDescription(run, AFilePath(Path("changed.xml").string()));
+        bool saysRefused = false;
+        for (const Findings::File& file : run.Found.Files()) {
+            for (const Finding& finding : file.List) {
+                saysRefused = saysRefused || Contains(finding.Text, "; the driver refuses");
+                // What only the driver itself told.
+                EXPECT_FALSE(finding.Text.starts_with("the driver refuses"))
+                    << finding.Text << text.str();
+            }
+        }
+        const bool isRefused = DriverRefusal(text.str()).has_value();
+        EXPECT_EQ(saysRefused, isRefused) << text.str();
+        ++(isRefused ? refused : loaded);
+    });
+    EXPECT_GT(refused, 100);
+    EXPECT_GT(loaded, 100);
+}
+
+}  // namespace
