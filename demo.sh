@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the driver and its command-line host and prints two documents on both printer models:
-# artwork of our own, and a test page that a Debian package ships.
+# Builds the driver and its command-line host and prints on all five printer models: artwork of our
+# own, and a test page that a Debian package ships.
 set -euo pipefail
 top=$(dirname "$(readlink -f "$0")")
 cd "$top"
@@ -22,8 +22,8 @@ cmake --build --preset release --target driverhost OutputDriver models -- --quie
 
 demo=build/demo
 host=build/release/bin/driverhost
-rm -rf "$demo/jobs" "$demo/printed"
-mkdir -p "$demo/jobs" "$demo/printed"
+rm -rf "$demo/jobs" "$demo/printed" "$demo/proofs"
+mkdir -p "$demo/jobs" "$demo/printed" "$demo/proofs"
 
 say "Fetching the artwork"
 samples/make-artwork.sh "$demo/artwork"
@@ -40,19 +40,38 @@ print_document() {
     "$host" run "$job" --out "$demo/printed/$folder"
 }
 
+# picture_of FOLDER JOB [OPTION...]
+picture_of() {
+    local folder=$1 job=$2
+    shift 2
+    "$host" proof "$demo/printed/$folder" --job "$job" -o "$demo/proofs/$job-$folder.png" "$@"
+}
+
 unset QL_BASE_FOLDER
 print_document "$demo/artwork/harbour.pdf" "Fenland R4" roll
-print_document "$demo/artwork/default-testpage.pdf" "Fenland R4" roll
-print_document "$demo/artwork/harbour.pdf" "Fenland F8" flatbed-spot \
-    --resolution 600x600 --color-mode "CMYK, White, Varnish, contone"
+picture_of roll harbour
+print_document "$demo/artwork/menu.pdf" "Fenland R4" roll --media "Poster paper" --resolution 720x720
+picture_of roll menu --page 2
+print_document "$demo/artwork/label.pdf" "Fenland F8" flatbed --media "Acrylic sheet" \
+    --resolution 600x600
+picture_of flatbed label --paper 5A7A6A
 print_document "$demo/artwork/default-testpage.pdf" "Fenland F8" flatbed
+print_document "$demo/artwork/label.pdf" "Fenland W6" white
+picture_of white label
+print_document "$demo/artwork/banner.pdf" "Fenland T4" wide --print-mode Billboard
+picture_of wide banner
+print_document "$demo/artwork/ticket.pdf" "Fenland S1" film
+picture_of film ticket --long-side 4000
 
 say "Done"
 cat <<TEXT
 The channels lie in $top/$demo/printed:
-  roll/          Fenland R4: a folder per document, one TIFF file per ink, 1 bit per pixel
-  flatbed/       Fenland F8: one raw file per ink, eight inks, bottom line first
-  flatbed-spot/  Fenland F8: process inks, white and varnish, 8 bits per pixel
+  roll/     Fenland R4: a folder per document, one TIFF file per ink, 1 bit per pixel
+  flatbed/  Fenland F8: one raw file per ink of 2 bits, bottom line first; white and varnish, or eight inks
+  white/    Fenland W6: six inks of 2 bits on clear acrylic
+  wide/     Fenland T4: a banner of three metres, read line by line through its four channels
+  film/     Fenland S1: one channel at 2400 dpi
+and pictures made from them in $top/$demo/proofs.
 Any imaging tool opens the TIFF channels, for example
   tiffinfo $demo/printed/roll/harbour/harbour_C.tif
 TEXT

@@ -5,22 +5,10 @@
 #include <string_view>
 
 #include "host/AXMLTree.h"
+#include "host/XMLChildren.h"
 
 /// How the readers of a description walk its document. Message boxes are shown here for the
 /// elements that every reader needs, so that a fault is named with the same words everywhere.
-
-/// Calls `visit(child, position)` for the child elements of `parent` in document order until it
-/// answers false. Whether all were visited.
-template <class Visit>
-bool VisitChildren(const AXMLTree& document, const AXMLTreeNode& parent, Visit visit) {
-    const int32_t count = document.getChildCount(parent);
-    for (int32_t position = 0; position < count; ++position) {
-        AXMLTreeNode child;
-        if (document.getChild(position, parent, child) == 0) return false;
-        if (!visit(child, position)) return false;
-    }
-    return true;
-}
 
 /// The text of a child element; "" when it is absent.
 AString ChildText(const AXMLTree& document, const AXMLTreeNode& parent, std::string_view name);

@@ -84,7 +84,20 @@ std::vector<ContainerPage> ReadContainerPages(const fs::path& path) {
         if (next++ == 0) pages.resize(std::max<uint16_t>(count, 1));
         if (number >= pages.size()) pages.resize(number + std::size_t{1});
         ContainerPage& page = pages[number];
-        page = {width, rows, std::max<int32_t>(page.Bits, bits)};
+        float x = 0;
+        float y = 0;
+        TIFFGetField(tiff.get(), TIFFTAG_XRESOLUTION, &x);
+        TIFFGetField(tiff.get(), TIFFTAG_YRESOLUTION, &y);
+        page = {width, rows, std::max<int32_t>(page.Bits, bits), double{x}, double{y}};
     } while (TIFFReadDirectory(tiff.get()) == 1);
     return pages;
+}
+
+bool IsContainer(const fs::path& path) {
+    const TiffFile tiff = OpenTiff(path, "rm");
+    const char* name = nullptr;
+    uint16_t number = 0;
+    uint16_t count = 0;
+    return tiff && (TIFFGetField(tiff.get(), TIFFTAG_PAGENAME, &name) == 1 ||
+                    TIFFGetField(tiff.get(), TIFFTAG_PAGENUMBER, &number, &count) == 1);
 }

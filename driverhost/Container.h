@@ -47,9 +47,14 @@ class ContainerWriter {
 struct ContainerPage {
     int64_t WidthPixels = 0;
     int64_t Rows = 0;
-    int32_t Bits = 0;  ///< of its deepest separation
+    int32_t Bits = 0;        ///< of its deepest separation
+    double XResolution = 0;  ///< dots per inch, as its last separation says; 0: not said
+    double YResolution = 0;
 };
 
 /// Reads the pages' sizes. Pages whose directories are missing or unreadable have size 0: the
 /// driver is the one to refuse them. Throws HostError for a file that is no container.
 std::vector<ContainerPage> ReadContainerPages(const std::filesystem::path& path);
+
+/// Whether a TIFF file is a job container: its first directory names a separation or a page.
+bool IsContainer(const std::filesystem::path& path);

@@ -29,7 +29,7 @@ class DriverInterface {
                                        PrintSettings* settings) = 0;
     virtual int32_t FindColorModeID(const char* name) = 0;
     virtual int32_t GetColorantList(int32_t colorMode, ColorantInfoList* list) = 0;
-    virtual int32_t GetScreeningParams(void* params, PrintSettings* settings) = 0;
+    virtual int32_t GetScreeningParams(ScreeningParams* params, PrintSettings* settings) = 0;
     virtual int32_t GetDefaultColorMode(char* name, PrintSettings* settings) = 0;
     virtual int32_t OpenPort(const char* folder, const char* sourceName) = 0;
     virtual int32_t ReservedQuery8() = 0;
@@ -67,12 +67,13 @@ class DriverInterface {
     virtual int32_t ReservedQuery23() = 0;
     virtual int32_t ReservedQuery24() = 0;
     virtual int32_t GetDitherParams(const char* model, const char* manufacturer,
-                                    PrintSettings* settings, void* params) = 0;
+                                    PrintSettings* settings, DitherParams* params) = 0;
     virtual int32_t ReservedMediaQuery3() = 0;
     virtual int32_t GetColorantListAgain(int32_t colorMode, ColorantInfoList* list) = 0;
     virtual int32_t ReservedQuery25() = 0;
     virtual int32_t GetDitherParamsEx(const char* model, const char* manufacturer,
-                                      PrintSettings* settings, void* dropped, void* params) = 0;
+                                      PrintSettings* settings, void* dropped,
+                                      DitherParams* params) = 0;
     virtual int32_t ReservedQuery26() = 0;
     virtual int32_t SetPrintSettings(PrintSettings* settings) = 0;
     virtual int32_t ReservedQuery27() = 0;

@@ -7,8 +7,12 @@
 
 #include "driverhost/CapabilitiesCommand.h"
 #include "driverhost/CommandTree.h"
+#include "driverhost/DiffCommand.h"
+#include "driverhost/HelpCommands.h"
 #include "driverhost/HostError.h"
+#include "driverhost/InspectCommand.h"
 #include "driverhost/MakeJobCommand.h"
+#include "driverhost/ModelsCommand.h"
 #include "driverhost/ProofCommand.h"
 #include "driverhost/RunCommand.h"
 #include "driverhost/check/CheckCommand.h"
@@ -57,11 +61,15 @@ int Run(int argc, char** argv) {
         ->type_name(kFolderArgument);
     CommandTree tree(app);
     app.parse_complete_callback([&base] { SetBaseFolder(base); });
+    AddModelsCommand(tree);
     AddCapabilitiesCommand(tree);
     AddMakeJobCommand(tree);
     AddRunCommand(tree);
+    AddInspectCommand(tree);
+    AddDiffCommand(tree);
     AddProofCommand(tree);
     AddCheckCommand(tree);
+    AddHelpCommands(tree);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -182,6 +182,7 @@ int32_t AXMLTree::setAttribute(const AXMLTreeNode& node, std::string_view name,
 
 int32_t AEnXMLTree::loadFromFileEn(const AFilePath& path, int32_t /*flag*/) {
     std::optional<std::string> bytes = ReadFileBytes(path);
-    if (bytes && IsGzip(*bytes)) bytes = InflateGzip(*bytes, kMostTextBytes);
+    wasEncoded_ = bytes && IsGzip(*bytes);
+    if (wasEncoded_) bytes = InflateGzip(*bytes, kMostTextBytes);
     return LoadBytes(bytes ? std::string_view(*bytes) : std::string_view());
 }

@@ -66,4 +66,9 @@ class AEnXMLTree : public AXMLTree {
     using AXMLTree::AXMLTree;
     /// Reads a gzip-compressed or a plain XML file. A damaged gzip stream is a failed load.
     int32_t loadFromFileEn(const AFilePath& path, int32_t flag);
+    /// Whether the file that loadFromFileEn read last was compressed.
+    bool wasEncoded() const { return wasEncoded_; }
+
+  private:
+    bool wasEncoded_ = false;
 };

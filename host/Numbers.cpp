@@ -1,6 +1,8 @@
 #include "host/Numbers.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdlib>
 #include <limits>
 
 namespace {
@@ -41,4 +43,11 @@ std::optional<int32_t> LeadingDecimal(std::string_view text) {
 
 int32_t Atoi(std::string_view text) {
     return static_cast<int32_t>(std::clamp(LeadingNumber(text).value_or(0), kSmallest, kLargest));
+}
+
+std::optional<float> LeadingFraction(const AString& text) {
+    char* end = nullptr;
+    const float value = std::strtof(text.c_str(), &end);
+    if (end == text.c_str() || !std::isfinite(value)) return std::nullopt;
+    return value;
 }

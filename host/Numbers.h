@@ -4,6 +4,8 @@
 #include <optional>
 #include <string_view>
 
+#include "host/AString.h"
+
 /// The *leading decimal* of a text: skips white space, takes a sign, then digits up to the first
 /// character that is none. Nothing when there are no digits or the number is beyond 32 bits.
 /// Independent of the locale.
@@ -11,3 +13,7 @@ std::optional<int32_t> LeadingDecimal(std::string_view text);
 
 /// The same with 0 for nothing; a number beyond 32 bits is the nearest that fits.
 int32_t Atoi(std::string_view text);
+
+/// The leading decimal fraction of a text, read as the C library's "%f" does: with the decimal
+/// point of the locale in force. Nothing when there is none, or none that a float can hold.
+std::optional<float> LeadingFraction(const AString& text);

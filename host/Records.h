@@ -135,6 +135,35 @@ struct ColorantInfoList {
     int32_t Capacity;
 };
 
+/// The output levels that a printer can place per ink.
+struct DitherParams {
+    static constexpr int32_t kMostLevels = 64;
+    static constexpr int32_t kMostInks = 16;
+
+    int32_t LevelCount;  ///< the level without ink included
+    /// Ink amount per ink and position; position p stands for level p + 1, up to LevelCount - 1.
+    float Values[kMostInks][kMostLevels];
+    int32_t AntiClogLevel;
+    float NoiseLevel;
+    int32_t InkCount;
+};
+
+/// The screen of one ink.
+struct ScreenEntry {
+    char ShapeName[128];
+    float Frequency;  ///< lines per inch
+    float Angle;      ///< degrees
+    char ColorName[64];
+};
+
+/// The screens of a colour mode's inks, in order; `Count` of the entries are valid.
+struct ScreeningParams {
+    static constexpr int32_t kMostEntries = 256;
+
+    int32_t Count;
+    ScreenEntry Entries[kMostEntries];
+};
+
 /// What the plug-in reads of the first bytes of the host's job file.
 struct JobFileHeader {
     uint8_t Reserved0[264];
@@ -186,6 +215,15 @@ static_assert(sizeof(ColorantInfo) == 144);
 static_assert(offsetof(ColorantInfo, IsSpot) == 128);
 static_assert(offsetof(ColorantInfoList, Items) == 8);
 static_assert(offsetof(ColorantInfoList, Capacity) == 16);
+static_assert(sizeof(DitherParams) == 4112);
+static_assert(offsetof(DitherParams, Values) == 4);
+static_assert(offsetof(DitherParams, AntiClogLevel) == 4100);
+static_assert(offsetof(DitherParams, InkCount) == 4108);
+static_assert(sizeof(ScreenEntry) == 200);
+static_assert(offsetof(ScreenEntry, Frequency) == 128);
+static_assert(offsetof(ScreenEntry, Angle) == 132);
+static_assert(offsetof(ScreenEntry, ColorName) == 136);
+static_assert(offsetof(ScreeningParams, Entries) == 4);
 static_assert(sizeof(JobFileHeader) == 3940);
 static_assert(offsetof(JobFileHeader, PrinterName) == 584);
 static_assert(offsetof(JobFileHeader, XResolution) == 712);

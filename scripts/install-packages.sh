@@ -6,8 +6,10 @@ set -euo pipefail
 packages=(
     build-essential cmake ninja-build ccache
     libtiff-dev libpng-dev zlib1g-dev libpugixml-dev libcli11-dev nlohmann-json3-dev libfmt-dev
+    libssl-dev  # SHA-256 of channels and files
     libgtest-dev libbenchmark-dev
     ghostscript  # rasterises and separates the artwork
+    locales  # a locale with a decimal comma, made for the tests
     libtiff-tools  # the tests read the channels with a program that is not ours
 )
 [ "${1:-}" = "--lint" ] && packages+=(clang-format clang-tidy)

@@ -13,7 +13,9 @@ constexpr char kPrepare[] =
     "poster.pdf"
     " && driverhost make-job poster.pdf --model 'Fenland R4' -o poster.job"
     " && driverhost make-job poster.pdf --model 'Fenland F8' -o glass.job"
-    " && driverhost run poster.job --out printed"
+    " && driverhost run poster.job --out printed && cp -R printed reprinted"
+    " && printf X | dd of=reprinted/poster/poster_C.tif bs=1 seek=2000 conv=notrunc"
+    " && driverhost run glass.job --out raw --name glass"
     " && cp -R '" MODELS_FOLDER "' models";
 
 std::vector<std::string> LinesAfter(const std::string& help, const std::string& heading) {

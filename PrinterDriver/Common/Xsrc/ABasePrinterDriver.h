@@ -6,9 +6,6 @@
 #include "host/Records.h"
 #include "platform/win32.h"
 
-struct DitherParams;
-struct ScreeningParams;
-
 /// An argument whose meaning is the host's alone: pointer-sized, passed on unchanged.
 using HostArgument = void*;
 

@@ -8,9 +8,13 @@
 #include "PrinterDriver/Common/Xsrc/JobFault.h"
 #include "PrinterDriver/Common/Xsrc/RepackBits.h"
 #include "description/DriverOptions.h"
+#include "halftone/ReadDitherParams.h"
+#include "halftone/ReadScreeningParams.h"
+#include "host/ALocaleSwitcher.h"
 #include "host/QL_LOG.h"
 #include "host/Text.h"
 #include "platform/afx.h"
+#include "ui/messages/ShowMessage.h"
 
 namespace {
 
@@ -27,6 +31,10 @@ void LogStreamFault(int line, const char* message) {
 int32_t StoreValue(int32_t value, int32_t* out) {
     if (out != nullptr) *out = value;
     return 1;
+}
+
+void ShowFault(const HalftoneReading& reading) {
+    if (reading.Message != nullptr) ShowMessage(reading.Message);
 }
 
 }  // namespace
@@ -109,8 +117,16 @@ int32_t ABaseRTL::DecodeDriverOptions(const char* text, DriverOptionBlock* optio
     return 1;
 }
 
-int32_t ABaseRTL::GetScreeningParams(ScreeningParams* /*parameters*/, PrintSettings* /*settings*/) {
-    return 0;
+int32_t ABaseRTL::GetScreeningParams(ScreeningParams* parameters, PrintSettings* settings) {
+    if (parameters == nullptr) return 0;
+    SetDefaultScreeningParams(*parameters);
+    if (settings == nullptr) return 1;
+    const std::string_view model = FieldText(settings->ModelName, sizeof settings->ModelName);
+    const std::string_view manufacturer =
+        FieldText(settings->ManufacturerName, sizeof settings->ManufacturerName);
+    if (model.empty() || manufacturer.empty()) return 1;
+    ShowFault(ReadScreeningParams(model, manufacturer, *settings, *parameters));
+    return 1;
 }
 
 int32_t ABaseRTL::GetMediaList(PrintSettings* /*settings*/, CapabilityList* /*list*/,
@@ -169,9 +185,20 @@ int32_t ABaseRTL::ReservedQuery21(HostArgument /*a*/, int32_t value, int32_t* ou
     return StoreValue(value, out);
 }
 
-int32_t ABaseRTL::GetDitherParams(const char* /*modelName*/, const char* /*manufacturerName*/,
-                                  PrintSettings* /*settings*/, DitherParams* /*parameters*/) {
-    return 0;
+int32_t ABaseRTL::GetDitherParams(const char* modelName, const char* manufacturerName,
+                                  PrintSettings* settings, DitherParams* parameters) {
+    const ALocaleSwitcher plainNumbers;
+    if (modelName == nullptr || manufacturerName == nullptr) return 0;
+    if (settings == nullptr || parameters == nullptr) return 0;
+    ColorantQuery query;
+    if (GetColorantList(settings->ColorModeIndex, &query.list) != 0 &&
+        !SetDefaultDitherParams(query.list, *parameters)) {
+        return 0;
+    }
+    const HalftoneReading reading =
+        ReadDitherParams(modelName, manufacturerName, *settings, *parameters);
+    ShowFault(reading);
+    return reading.Answer;
 }
 
 int32_t ABaseRTL::ReservedMediaQuery3(PrintSettings* settings, CapabilityItem* media,

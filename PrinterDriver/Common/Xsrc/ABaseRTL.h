@@ -50,6 +50,8 @@ class ABaseRTL {
     virtual int32_t GetColorantList(int32_t position, ColorantInfoList* list) = 0;
     virtual int32_t FindColorModeID(const char* name) = 0;
     virtual int32_t GetDefaultColorMode(char* name, PrintSettings* settings) = 0;
+    /// The screens for the settings' manufacturer, model and choices, or for whom no file says
+    /// anything the built-in ones. 0 only without a record.
     virtual int32_t GetScreeningParams(ScreeningParams* parameters, PrintSettings* settings);
     virtual int32_t ReservedQuery8();
     virtual int32_t ReservedQuery9();
@@ -85,6 +87,9 @@ class ABaseRTL {
     virtual int32_t ReservedQuery22();
     virtual int32_t ReservedQuery23();
     virtual int32_t ReservedQuery24();
+    /// The output levels of the settings' colour mode: evenly spaced ones, and over them what the
+    /// model's file says. 1 when a file supplied them all. Without a loaded description the record
+    /// comes with the counts to look for.
     virtual int32_t GetDitherParams(const char* modelName, const char* manufacturerName,
                                     PrintSettings* settings, DitherParams* parameters);
     /// ReservedMediaQuery1 without the fifth argument.

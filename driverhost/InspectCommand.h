@@ -1,0 +1,6 @@
+#pragma once
+
+class CommandTree;
+
+/// `inspect`: what job files, containers and channel files hold.
+void AddInspectCommand(CommandTree& tree);
