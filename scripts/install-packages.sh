@@ -10,6 +10,7 @@ packages=(
     libgtest-dev libbenchmark-dev
     ghostscript  # rasterises and separates the artwork
     locales  # a locale with a decimal comma, made for the tests
+    libxml2-utils  # the tests hold the models against the schemas
     libtiff-tools  # the tests read the channels with a program that is not ours
 )
 [ "${1:-}" = "--lint" ] && packages+=(clang-format clang-tidy)

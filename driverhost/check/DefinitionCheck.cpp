@@ -4,14 +4,14 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <map>
 #include <unordered_map>
 #include <utility>
 
 #include "description/DescriptionLists.h"
-#include "description/DescriptionLoader.h"
 #include "driverhost/check/FileChecks.h"
+#include "driverhost/check/ListCheck.h"
 #include "host/Records.h"
-#include "platform/CodePage.h"
 
 namespace {
 
@@ -20,10 +20,6 @@ using Known = CheckedDocument::Known;
 constexpr int32_t kMostDitheredInks = 16;        // the dither parameters' inks
 constexpr std::size_t kMostItemBytes = 63;       // of a name in the host's lists
 constexpr std::size_t kMostModeNameBytes = 255;  // of a colour mode's name
-
-std::string Refusal(const char* message) {
-    return fmt::format("; the driver refuses the description: {}", Quoted(message));
-}
 
 class DefinitionCheck {
   public:
@@ -64,94 +60,12 @@ class DefinitionCheck {
     std::vector<pugi::xml_node> CheckList(const ListKind& kind, const Known& item,
                                           const std::vector<std::string_view>& attributes,
                                           CheckItem checkItem);
-    void CheckBase(const ListKind& kind, int32_t itemCount);
-    void CheckIdentifier(const pugi::xml_node& item, int32_t position, const ListKind& kind,
-                         std::unordered_map<int32_t, pugi::xml_node>& met);
-    std::string CheckName(const pugi::xml_node& item, const char* name, std::size_t mostBytes);
     void CheckDots(const pugi::xml_node& item, const char* name, const char* message);
 
     const CheckedDocument& document_;
     pugi::xml_node definition_;
     DescriptionFacts facts_;
 };
-
-void DefinitionCheck::CheckBase(const ListKind& kind, int32_t itemCount) {
-    const pugi::xml_node bases = ChildElement(document_.Root(), "BaseResourceNumber");
-    if (!bases) return;  // reported once, for all lists
-    const pugi::xml_node base = ChildElement(bases, kind.baseName);
-    if (!base) {
-        document_.Error(bases, fmt::format("no element {}; the driver shows \"Getting szNode node "
-                                           "fails\" at each load",
-                                           Quoted(kind.baseName)));
-        return;
-    }
-    const std::string text = document_.ChildText(bases, kind.baseName);
-    if (text.empty()) return;
-    const std::optional<int32_t> number = document_.Number(base, kind.baseName, text);
-    if (!number) {
-        document_.Warning(base, fmt::format("{} is no number; it counts as -1", Quoted(text)));
-        return;
-    }
-    if (*number == -1) return;
-    int32_t replaced = 0;
-    for (int32_t position = 0; position < itemCount; ++position) {
-        if (DisplayNameResource(*number, position)) ++replaced;
-    }
-    document_.Warning(
-        base, replaced == 0
-                  ? fmt::format("no item of {} has a string resource behind {}; DisplayName names "
-                                "them",
-                                kind.name, *number)
-                  : fmt::format("string resources replace the DisplayName of {} of the {} items of "
-                                "{}",
-                                replaced, itemCount, kind.name));
-}
-
-void DefinitionCheck::CheckIdentifier(const pugi::xml_node& item, int32_t position,
-                                      const ListKind& kind,
-                                      std::unordered_map<int32_t, pugi::xml_node>& met) {
-    const pugi::xml_node node = ChildElement(item, "ID");
-    if (!node) {
-        document_.Error(item, "the item has no element \"ID\"" + Refusal(kind.wrongIdentifier));
-        return;
-    }
-    const std::string text = document_.ChildText(item, "ID");
-    const std::optional<int32_t> identifier = document_.Number(node, "ID", text);
-    if (!identifier || *identifier < 0) {
-        document_.Error(node, fmt::format("ID {} is no number of 0 or more{}", Quoted(text),
-                                          Refusal(kind.wrongIdentifier)));
-        return;
-    }
-    const auto [earlier, isFirst] = met.emplace(*identifier, item);
-    if (!isFirst) {
-        document_.Error(node, fmt::format("ID {} is taken by the item in line {}", *identifier,
-                                          document_.PositionOf(earlier->second).Line));
-    } else if (*identifier != position) {
-        document_.Error(node, fmt::format("ID {} is not the item's position, {}: what refers to it "
-                                          "finds another item",
-                                          *identifier, position));
-    }
-}
-
-std::string DefinitionCheck::CheckName(const pugi::xml_node& item, const char* name,
-                                       std::size_t mostBytes) {
-    const pugi::xml_node node = ChildElement(item, name);
-    std::string text = document_.ChildText(item, name);
-    if (!node) {
-        document_.Warning(
-            item, fmt::format("the item has no element {}; it counts as empty", Quoted(name)));
-    } else if (text.empty()) {
-        document_.Warning(node, fmt::format("{} is empty", name));
-    } else if (text.find_first_of(" \t\r\n") == 0 ||
-               text.find_last_of(" \t\r\n") == text.size() - 1) {
-        document_.Warning(node, fmt::format("the blanks around the text belong to {}", name));
-    }
-    if (Utf8ToAnsi(text).size() > mostBytes) {
-        document_.Warning(node, fmt::format("{} is longer than the {} bytes that the host sees",
-                                            name, mostBytes));
-    }
-    return text;
-}
 
 template <class CheckItem>
 std::vector<pugi::xml_node> DefinitionCheck::CheckList(
@@ -164,18 +78,18 @@ std::vector<pugi::xml_node> DefinitionCheck::CheckList(
     ForEachElement(list, [&](const pugi::xml_node& node, int32_t position) {
         items.push_back(node);
         document_.CheckNames(node, item);
-        CheckIdentifier(node, position, kind, met);
+        CheckItemIdentifier(document_, node, position, kind, met);
         checkItem(node);
     });
-    CheckBase(kind, static_cast<int32_t>(items.size()));
+    CheckBaseNumber(document_, kind, static_cast<int32_t>(items.size()));
     return items;
 }
 
 void DefinitionCheck::CheckMedia() {
     const Known item = {{"ID", "InternalName", "DisplayName"}, {}, false, false};
     facts_.Media = CheckList(kMedia, item, {"DefaultMedia"}, [&](const pugi::xml_node& node) {
-        CheckName(node, "InternalName", kMostItemBytes);
-        CheckName(node, "DisplayName", kMostItemBytes);
+        CheckItemName(document_, node, "InternalName", kMostItemBytes);
+        CheckItemName(document_, node, "DisplayName", kMostItemBytes);
     });
     facts_.MediaCount = static_cast<int32_t>(facts_.Media.size());
     const pugi::xml_node list = ChildElement(definition_, kMedia.name);
@@ -195,8 +109,8 @@ void DefinitionCheck::CheckMedia() {
 void DefinitionCheck::CheckPrintModes() {
     const Known item = {{"ID", "InternalName", "DisplayName"}, {}, false, false};
     facts_.PrintModes = CheckList(kPrintModes, item, {}, [&](const pugi::xml_node& node) {
-        CheckName(node, "InternalName", kMostItemBytes);
-        CheckName(node, "DisplayName", kMostItemBytes);
+        CheckItemName(document_, node, "InternalName", kMostItemBytes);
+        CheckItemName(document_, node, "DisplayName", kMostItemBytes);
     });
     facts_.PrintModeCount = static_cast<int32_t>(facts_.PrintModes.size());
 }
@@ -223,7 +137,7 @@ void DefinitionCheck::CheckResolutions() {
     facts_.Resolutions = CheckList(kResolutions, item, {}, [&](const pugi::xml_node& node) {
         CheckDots(node, "XResValue", "Wrong xResolution.");
         CheckDots(node, "YResValue", "Wrong yResolution.");
-        CheckName(node, "DisplayName", kMostItemBytes);
+        CheckItemName(document_, node, "DisplayName", kMostItemBytes);
     });
     facts_.ResolutionCount = static_cast<int32_t>(facts_.Resolutions.size());
 }
@@ -239,8 +153,8 @@ void DefinitionCheck::CheckColors() {
     const Known item = {{"ID", "InternalName", "DisplayName", "ChannelName"}, {}, false, false};
     facts_.ColorNodes = CheckList(kColors, item, {}, [&](const pugi::xml_node& node) {
         DescribedColor color;
-        color.InternalName = CheckName(node, "InternalName", kMostItemBytes);
-        CheckName(node, "DisplayName", kMostItemBytes);
+        color.InternalName = CheckItemName(document_, node, "InternalName", kMostItemBytes);
+        CheckItemName(document_, node, "DisplayName", kMostItemBytes);
         color.ChannelName = document_.ChildText(node, "ChannelName");
         facts_.Colors.push_back(std::move(color));
     });
@@ -257,13 +171,22 @@ void DefinitionCheck::CheckColorModes() {
     }
     const Known item = {{"ID", "InternalName", "DisplayName", "ColorantList"}, {}, false, false};
     CheckList(kColorModes, item, {}, [&](const pugi::xml_node& node) { CheckColorMode(node); });
+    std::map<std::string, pugi::xml_node> met;
+    for (const DescribedColorMode& mode : facts_.ColorModes) {
+        const auto [earlier, isFirst] = met.emplace(Folded(mode.Name), mode.Node);
+        if (isFirst) continue;
+        document_.Warning(
+            mode.Node, fmt::format("{} names the colour mode in line {} too, which is "
+                                   "found by that name",
+                                   Quoted(mode.Name), document_.PositionOf(earlier->second).Line));
+    }
 }
 
 void DefinitionCheck::CheckColorMode(const pugi::xml_node& item) {
     DescribedColorMode mode;
     mode.Node = item;
-    CheckName(item, "InternalName", kMostModeNameBytes);
-    mode.Name = CheckName(item, "DisplayName", kMostModeNameBytes);
+    CheckItemName(document_, item, "InternalName", kMostModeNameBytes);
+    mode.Name = CheckItemName(document_, item, "DisplayName", kMostModeNameBytes);
     const pugi::xml_node list = ChildElement(item, "ColorantList");
     document_.CheckNames(list, {{}, {}, true, false});
     std::optional<int32_t> depth;

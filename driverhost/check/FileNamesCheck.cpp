@@ -17,22 +17,13 @@ namespace {
 // as the patterns that they came from.
 constexpr const char* kJobName = "filename";
 
-/// A name as a file system sees it that takes no notice of letter case.
-std::string Folded(std::string name) {
-    for (char& character : name) {
-        if (character >= 'A' && character <= 'Z') {
-            character = static_cast<char>(character - 'A' + 'a');
-        }
-    }
-    return name;
-}
-
 /// A pattern at its place in the file.
 struct Pattern {
     pugi::xml_node At;
     const char* Attribute;  ///< null: the element's text
     std::string What;
     std::string Text;
+    bool IsTicket = false;  ///< whose name is used as it stands
 };
 
 class NamesCheck {
@@ -91,11 +82,17 @@ void NamesCheck::CheckPatterns() {
     for (const SideFiles& model : models_) {
         const pugi::xml_node header = ChildElement(model.Entry, "HeaderParam");
         const pugi::xml_node preview = ChildElement(model.Entry, "PreviewParam");
+        const pugi::xml_node ticket = ChildElement(model.Entry, "JobTicketParam");
+        // A template's name that leads nowhere is reported with the template.
+        if (ticket && AFilePath("f").Append(Utf8ToAnsi(model.Ticket)).isValid()) {
+            CheckPattern({ticket, "name", "name", model.Ticket, true}, !model.CreateFolder);
+        }
         if (!model.Header.empty()) {
             CheckPattern({header, "output", "output", model.Header}, !model.CreateFolder);
         }
-        if (preview.attribute("name")) {
-            CheckPattern({preview, "name", "name", model.Preview}, !model.CreateFolder);
+        if (*preview.attribute("name").value() != '\0' || !model.CreateFolder) {
+            CheckPattern({preview ? preview : model.Entry, "name", "name", model.Preview},
+                         !model.CreateFolder);
         }
     }
 }
@@ -106,9 +103,9 @@ void NamesCheck::CheckPattern(const Pattern& pattern, bool sharesFolder) {
     const std::string quoted = Quoted(text);
     const bool hasSeparator = std::any_of(name.begin(), name.end(), IsPathSeparator);
     if (!AFilePath("f").Append(Utf8ToAnsi(name)).isValid() || hasSeparator) {
-        const std::string reason = fmt::format(
-            "{} {} names a place in another folder: the driver makes none, and the page fails",
-            pattern.What, quoted);
+        const std::string reason =
+            fmt::format("{} {} names a place in another folder, which the driver does not make",
+                        pattern.What, quoted);
         if (pattern.Attribute == nullptr) {
             document_.Error(pattern.At, reason);
         } else {
@@ -119,15 +116,15 @@ void NamesCheck::CheckPattern(const Pattern& pattern, bool sharesFolder) {
     if (text.find_first_of(" \t\r\n") == 0 || text.find_last_of(" \t\r\n") == text.size() - 1) {
         Warn(pattern, fmt::format("the blanks around {} belong to the file's name", quoted));
     }
-    const std::size_t place = text.find(kJobName);
+    const std::size_t place = pattern.IsTicket ? std::string::npos : text.find(kJobName);
     if (place == std::string::npos) {
         if (Folded(text).find(kJobName) != std::string::npos) {
             Warn(pattern, fmt::format("{} holds no job name: only \"filename\" in small letters is "
-                                      "replaced",
+                                      "replaced, and in a ticket's name nothing",
                                       quoted));
         } else if (sharesFolder) {
-            Warn(pattern, fmt::format("{} holds no \"filename\": each job replaces the file of the "
-                                      "one before",
+            Warn(pattern, fmt::format("{} holds no job name: each job replaces the file of the one "
+                                      "before",
                                       quoted));
         }
     } else if (text.find(kJobName, place + 1) != std::string::npos) {

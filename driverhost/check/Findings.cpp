@@ -91,6 +91,11 @@ std::string Quoted(std::string_view text) {
     return fmt::format("\"{}…\"", text.substr(0, cut));
 }
 
+std::string Folded(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), Lower);
+    return text;
+}
+
 std::string DidYouMean(std::string_view unknown, const std::vector<std::string_view>& known) {
     constexpr std::size_t kLongestName = 64;  // longer ones are no slip of the pen
     if (unknown.size() > kLongestName) return "";

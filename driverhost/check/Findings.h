@@ -60,6 +60,9 @@ class Findings {
 /// A text from a file in quotes, cut to a readable length.
 std::string Quoted(std::string_view text);
 
+/// A text with its letters A to Z in lower case, for names that are the same in any case.
+std::string Folded(std::string text);
+
 /// ` (did you mean "NAME"?)` for the known name that is nearest to an unknown one; "" when none is
 /// near.
 std::string DidYouMean(std::string_view unknown, const std::vector<std::string_view>& known);

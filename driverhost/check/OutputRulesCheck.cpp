@@ -150,6 +150,12 @@ void EntryCheck::CheckTicket() {
     const pugi::xml_node ticket = ChildElement(entry_, "JobTicketParam");
     if (!ticket) return;
     document_.CheckNames(ticket, {{}, {"name", "code"}, false, false});
+    const std::string code = ticket.attribute("code").value();
+    if (!code.empty() && !EqualsIgnoringCase(code, "utf-8")) {
+        document_.Warning(
+            ticket, "code",
+            fmt::format("code {} is not followed: texts in tickets are UTF-8", Quoted(code)));
+    }
     files_.Ticket = ticket.attribute("name").value();
     if (files_.Ticket.empty()) files_.Ticket = ModelOutputSettings().JobTicketName;
     const AFilePath path = AFilePath()
