@@ -21,6 +21,14 @@ struct ModelOutputSettings {
     std::vector<int32_t> WhiteTypeCodes;
     std::vector<int32_t> WhiteHeaderCodes;
 
+    /// The user's choice where there is one, else the model's default; -1 for a model that offers
+    /// no white, whatever was chosen for another.
+    int32_t EffectiveWhiteType() const {
+        const bool offersWhite = DefaultWhiteType != -1 || !WhiteTypeCodes.empty();
+        if (!offersWhite) return -1;
+        return SupportWhiteType >= 0 ? SupportWhiteType : DefaultWhiteType;
+    }
+
     int32_t HasJobTicket = 0;
     AString JobTicketName = "jobTicket.txt";
     AString JobTicketCode = "utf-8";

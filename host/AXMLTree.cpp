@@ -1,17 +1,13 @@
 #include "host/AXMLTree.h"
 
-#include <cstdio>
-#include <filesystem>
 #include <pugixml.hpp>
 #include <string>
 #include <unordered_map>
 
-#include "host/FSGanerateID.h"
 #include "host/FileBytes.h"
 #include "host/Gzip.h"
 #include "host/XmlReading.h"
 #include "platform/CodePage.h"
-#include "platform/Stream.h"
 
 namespace {
 
@@ -25,13 +21,6 @@ struct StringWriter final : pugi::xml_writer {
         bytes.append(static_cast<const char*>(data), size);
     }
 };
-
-bool WriteFile(const std::string& path, std::string_view bytes) {
-    Stream file = OpenStream(path.c_str(), "wb");
-    if (file == nullptr) return false;
-    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
-    return std::fclose(file.release()) == 0 && written;
-}
 
 }  // namespace
 
@@ -88,14 +77,7 @@ int32_t AXMLTree::saveToFile(const AFilePath& path) const {
     const unsigned layout = document_->isLoaded ? pugi::format_raw : pugi::format_indent;
     StringWriter text;
     document_->xml.save(text, "  ", layout | pugi::format_no_declaration, pugi::encoding_utf8);
-    if (!path.isValid()) return 0;
-    const std::string temporary = path.folderPart() + FSGanerateID() + ".tmp";
-    std::error_code failure = std::make_error_code(std::errc::io_error);
-    if (WriteFile(temporary, text.bytes)) {
-        std::filesystem::rename(temporary, path.fullPath(), failure);
-    }
-    if (failure) std::remove(temporary.c_str());
-    return failure ? 0 : 1;
+    return ReplaceFileBytes(path, text.bytes) ? 1 : 0;
 }
 
 int32_t AXMLTree::getRootNode(AXMLTreeNode& root) const {

@@ -15,3 +15,11 @@ inline constexpr std::uint64_t kMostTextBytes = std::uint64_t{64} * 1024 * 1024;
 /// does not block.
 std::optional<std::string> ReadFileBytes(const AFilePath& path,
                                          std::uint64_t mostBytes = kMostTextBytes);
+
+/// A file's content up to its first NUL byte, likewise; what stands behind that is not read.
+std::optional<std::string> ReadFileText(const AFilePath& path,
+                                        std::uint64_t mostBytes = kMostTextBytes);
+
+/// Replaces the content of a file, or makes it: complete, or it stays as it was. False when it
+/// cannot be written.
+bool ReplaceFileBytes(const AFilePath& path, const std::string& bytes);

@@ -17,3 +17,14 @@ int32_t Atoi(std::string_view text);
 /// The leading decimal fraction of a text, read as the C library's "%f" does: with the decimal
 /// point of the locale in force. Nothing when there is none, or none that a float can hold.
 std::optional<float> LeadingFraction(const AString& text);
+
+/// LeadingDecimal in 64 bits; a number beyond is the nearest that fits.
+std::optional<int64_t> LeadingWhole(std::string_view text);
+
+/// The hexadecimal digits at the start of a text; 0 without any, beyond 64 bits the largest.
+uint64_t HexadecimalNumber(std::string_view digits);
+
+/// A leading decimal fraction: white space, a sign, digits with a ".", an exponent; also "inf" and
+/// "nan". Nothing without a number; beyond double precision infinite or 0. Independent of the
+/// locale.
+std::optional<double> FractionWithPoint(std::string_view text);

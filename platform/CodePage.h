@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -9,6 +10,9 @@
 
 /// A text in the code page, as UTF-8. Bytes that are no character of the code page become '?'.
 std::string AnsiToUtf8(std::string_view text);
+
+/// The same; nothing when a byte is no character of the code page.
+std::optional<std::string> ExactAnsiToUtf8(std::string_view text);
 
 /// A UTF-8 text in the code page. A character that the code page lacks becomes '?', as does each
 /// byte that is no UTF-8.

@@ -92,6 +92,13 @@ std::string AnsiToUtf8(std::string_view text) {
     return Convert(text, kUtf8, CodePageName());
 }
 
+std::optional<std::string> ExactAnsiToUtf8(std::string_view text) {
+    Converter converter(kUtf8, CodePageName());
+    std::string out;
+    if (!text.empty() && converter.Run(text, out) != 0) return std::nullopt;
+    return out;
+}
+
 std::string Utf8ToAnsi(std::string_view text) {
     return Convert(text, CodePageName(), kUtf8);
 }

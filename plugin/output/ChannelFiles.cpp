@@ -76,14 +76,22 @@ bool ChannelFiles::FlushReversed() {
 }
 
 bool ChannelFiles::WriteBlank(int32_t channel, const AString& name, uint8_t fill) {
-    open_.clear();
-    const std::unique_ptr<ExportBitmap> exporter = CreateExporter(
-        channel < 0 && !name.empty() ? naming_.FileName(0, name) : naming_.FileName(channel));
+    return WritePlane(
+        channel < 0 && !name.empty() ? naming_.FileName(0, name) : naming_.FileName(channel), fill);
+}
+
+bool ChannelFiles::WritePlane(const AString& fileName, uint8_t fill) {
+    const std::unique_ptr<ExportBitmap> exporter = OpenPlane(fileName);
     std::fill(lineBuffer_.begin(), lineBuffer_.end(), fill);
     for (int32_t line = 0; line < shape_.heightLines; ++line) {
         if (exporter->WriteBand(1, shape_.lineBytes, lineBuffer_.data()) == 0) return false;
     }
     return true;
+}
+
+std::unique_ptr<ExportBitmap> ChannelFiles::OpenPlane(const AString& fileName) {
+    open_.clear();
+    return CreateExporter(fileName);
 }
 
 void ChannelFiles::Close() {

@@ -48,9 +48,13 @@ class ChannelFiles {
     /// into the temporary file.
     [[nodiscard]] bool FlushReversed();
 
-    /// Writes a file whose every byte is `fill`; false when a line cannot be written. For channel
-    /// -1 `name` is the pattern, and the job's name where it is empty.
+    /// Writes the plane of a channel that received no line; false when a line cannot be written.
+    /// For channel -1 `name` is the pattern, and the job's name where it is empty.
     [[nodiscard]] bool WriteBlank(int32_t channel, const AString& name, uint8_t fill);
+    /// Writes a file whose every byte is `fill`; false when a line cannot be written.
+    [[nodiscard]] bool WritePlane(const AString& fileName, uint8_t fill);
+    /// Closes what is open and opens a file for the lines of a further plane, top line first.
+    std::unique_ptr<ExportBitmap> OpenPlane(const AString& fileName);
     /// Completes and closes what is open.
     void Close();
     /// Closes what is open as it stands and removes the temporary file.

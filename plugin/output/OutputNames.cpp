@@ -65,8 +65,14 @@ AString ChannelNaming::FileName(int32_t channel, const AString& name) const {
     if (channel < 0) return jobName_;
     const AString& pattern = name.empty() ? Pattern(channel) : name;
     if (!pattern.empty()) return SubstituteJobName(pattern, jobName_);
+    if (keepsJobName_ && channelCount_ > 1) return fmt::format("{}_{}", jobName_, channel + 1);
     int32_t lowest = 0;
     while (lowest < channelCount_ && !Pattern(lowest).empty())
         ++lowest;
     return channel <= lowest ? jobName_ : fmt::format("{}_{}", jobName_, channel + 1);
+}
+
+AString ChannelNaming::WhiteFileName(const AString& pattern) const {
+    if (!pattern.empty()) return SubstituteJobName(pattern, jobName_);
+    return channelCount_ == 1 ? jobName_ + "_2" : jobName_;
 }

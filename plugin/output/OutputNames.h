@@ -19,6 +19,9 @@ class ChannelNaming {
     /// `patterns` belong to channels 0, 1, … of a colour mode with `channelCount` colorants; they
     /// can be fewer.
     ChannelNaming(AStringArray patterns, int32_t channelCount, AString jobName);
+    /// Leaves the job's plain name to the page's white file: every unnamed channel of several is
+    /// numbered.
+    void KeepJobNameForWhite() { keepsJobName_ = true; }
 
     /// `name` is a pattern that stands in for the channel's own when it is not empty. A channel
     /// without any pattern is named after the job; of several such channels all but the lowest
@@ -26,10 +29,16 @@ class ChannelNaming {
     /// name itself.
     AString FileName(int32_t channel, const AString& name = {}) const;
 
+    /// Of the page's white file: its pattern's name, or without one the job's, numbered where the
+    /// only channel carries it.
+    AString WhiteFileName(const AString& pattern) const;
+    bool HasPatterns() const { return !patterns_.empty(); }
+
   private:
     const AString& Pattern(int32_t channel) const;
 
     AStringArray patterns_;
     int32_t channelCount_ = 0;
     AString jobName_;
+    bool keepsJobName_ = false;
 };

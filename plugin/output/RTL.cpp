@@ -7,6 +7,8 @@
 #include "host/Text.h"
 #include "platform/afx.h"
 #include "plugin/output/DiskSpace.h"
+#include "plugin/output/HeaderFile.h"
+#include "plugin/output/JobTicket.h"
 #include "plugin/output/LineSize.h"
 #include "plugin/output/OutputNames.h"
 #include "ui/messages/ShowMessage.h"
@@ -18,6 +20,10 @@ constexpr int32_t kDriverId = 246;
 /// The host's port kind for output into files.
 constexpr int32_t kFilePort = 256;
 constexpr int32_t kPageStatus = 1;
+/// Internal name of the colour whose channel the white file is.
+constexpr const char* kWhite = "White";
+/// Room for a name that the description answers.
+constexpr std::size_t kNameBytes = 256;
 constexpr int32_t kReadOptions = 1;
 
 /// Identifier of a capability item; an absent one matches nothing.
@@ -149,6 +155,7 @@ int32_t RTL::OpenJob(JobContext* job, int32_t reserved, HostOutput* output,
 
 int32_t RTL::AbortJob() {
     channels_.Abandon();
+    white_.Discard();
     portIsOpen_ = false;
     options_ = nullptr;
     return APageBaseRTL::AbortJob();
@@ -191,6 +198,8 @@ int32_t RTL::StartPage() {
     const int64_t lineBytes = LineSizeBytes(track_->OutputWidth, track_->MaximumBits);
     if (lineBytes > std::numeric_limits<int32_t>::max()) Raise(kOutputFailed);
     lineBytes_ = static_cast<int32_t>(lineBytes);
+    if (model_.HasJobTicket != 0) WriteJobTicket();  // the page goes on without
+    if (model_.HeaderAtEndRip == 0) WriteHeader();
     CheckDiskSpace();
     channels_.StartPage({.lineBytes = lineBytes_,
                          .heightLines = track_->OutputRows,
@@ -199,9 +208,79 @@ int32_t RTL::StartPage() {
                          .yResolution = pageInfo_->YResolution,
                          .bottomLineFirst = model_.PrinterDirection != 0,
                          .lineInterleaved = track_->Order == kLineInterleaved},
-                        folder_, ChannelNaming(model_.ChannelNames, channelCount_, jobName_),
-                        channelCount_);
+                        folder_, PageNaming(), channelCount_);
+    white_.StartPage(model_.EffectiveWhiteType(), lineBytes_, track_->OutputRows);
     return 1;
+}
+
+/// Whether the page's white file takes its name from the map of channel names and one byte fills
+/// it.
+bool RTL::IsWhitePlain() const {
+    const int32_t type = model_.EffectiveWhiteType();
+    return type == kWhiteEverywhere || type == kWhiteNowhere;
+}
+
+ChannelNaming RTL::PageNaming() const {
+    ChannelNaming naming(model_.ChannelNames, channelCount_, jobName_);
+    const auto pattern = model_.ChannelNameMap.find(kWhite);
+    const bool isNamed = pattern != model_.ChannelNameMap.end() && !pattern->second.empty() &&
+                         (IsWhitePlain() || naming.HasPatterns());
+    if (model_.EffectiveWhiteType() > 0 && !isNamed) naming.KeepJobNameForWhite();
+    return naming;
+}
+
+int32_t RTL::WriteJobTicket() {
+    TicketFacts facts;
+    facts.copies = job_->Status->Copies;
+    facts.originalFileName = pageInfo_->OriginalFileName;
+    facts.paddedWidthPixels = static_cast<int32_t>(int64_t{lineBytes_} * 8 / track_->MaximumBits);
+    facts.heightLines = track_->OutputRows;
+    facts.xResolution = pageInfo_->XResolution;
+    facts.yResolution = pageInfo_->YResolution;
+    facts.printerName = pageInfo_->PrinterDisplayName;
+    char colorMode[kNameBytes] = {};
+    facts.hasColorModeName =
+        description_.GetColorModeName(pageInfo_->ColorModeIndex, colorMode) != 0;
+    facts.colorModeName = colorMode;
+    facts.tiles = TileBlock(*job_->Status, track_->PageIndex);
+    return WriteTicketFile(AFilePath()
+                               .Append("OutputDrivers")
+                               .Append("JobTicketTemplates")
+                               .Append(model_.JobTicketName),
+                           folder_.File(model_.JobTicketName), facts);
+}
+
+int32_t RTL::WriteHeader() {
+    if (model_.HeaderTemplateName.empty() || model_.HeaderOutputName.empty()) return 1;
+    const HeaderFacts facts = {.widthPixels = track_->OutputWidth,
+                               .heightLines = track_->OutputRows,
+                               .channelCount = channelCount_,
+                               .xResolution = job_->XResolutionWhole,
+                               .yResolution = job_->YResolutionWhole,
+                               .bits = track_->MaximumBits};
+    WriteHeaderFile(HeaderTemplatePath(model_),
+                    folder_.File(SubstituteJobName(model_.HeaderOutputName, jobName_)),
+                    HeaderKeywords(facts, model_));
+    return 1;
+}
+
+void RTL::WriteWhiteChannel() {
+    const int32_t type = model_.EffectiveWhiteType();
+    if (type <= 0) return;
+    const ChannelNaming naming = PageNaming();
+    if (IsWhitePlain()) {
+        const AString name = naming.WhiteFileName(model_.ChannelNameMap[kWhite]);
+        if (!channels_.WritePlane(name, type == kWhiteEverywhere ? 0xFF : 0x00))
+            RaiseWriteDataError();
+        return;
+    }
+    const AString pattern = GetChannelName(description_, kWhite, job_->PrinterName);
+    // Without any channel names the white file's counts for nothing, too.
+    const AString name = naming.WhiteFileName(naming.HasPatterns() ? pattern : AString());
+    const std::unique_ptr<ExportBitmap> file = channels_.OpenPlane(name);
+    // A line that the file does not take is logged by the exporter; the short file tells.
+    white_.TakeLines(model_.PrinterDirection != 0,
+                     [&](const uint8_t* line) { file->WriteBand(1, lineBytes_, line); });
 }
 
 void RTL::CheckDiskSpace() {
@@ -232,6 +311,7 @@ int32_t RTL::OpenChannelFile(uint32_t separation, int32_t channel, const AString
 }
 
 int32_t RTL::OutputBand(uint32_t separation, int32_t row, const uint8_t* data) {
+    white_.AddLine(separation, row, data);
     // No row begins a channel when the channels come by turns, so the first line does.
     if (track_->Order == kLineInterleaved && row == 0) MarkChannelUsed(separation);
     const bool gathering = channels_.IsGathering();
@@ -258,7 +338,9 @@ int32_t RTL::EndPage() {
         WriteBlankChannel(channel, {}, 0);
         channels_.MarkWritten(channel);
     }
+    WriteWhiteChannel();
     folder_.LeaveTile();
     channels_.Close();
+    if (model_.HeaderAtEndRip != 0) WriteHeader();
     return 1;
 }

@@ -5,6 +5,7 @@
 #include "description/ModelOutputSettings.h"
 #include "plugin/output/ChannelFiles.h"
 #include "plugin/output/PageFolder.h"
+#include "plugin/output/WhiteInk.h"
 
 /// This plug-in's writer: answers capability queries from the model's description and writes a
 /// job's pages to files, one per output channel. Each operation hands its subject to the piece
@@ -61,8 +62,16 @@ class RTL : public APageBaseRTL {
     virtual int32_t GetColorModeChannelInfo(int16_t colorMode, uint16_t* channelCount,
                                             uint16_t* bitDepth);
 
+    /// 1, or 0 after a message, when the page's job ticket cannot be written.
+    virtual int32_t WriteJobTicket();
+    /// Writes the page's header, if the model has one. 1 whether or not that succeeds.
+    virtual int32_t WriteHeader();
+
   private:
     PrintSettings JobSettings() const;
+    ChannelNaming PageNaming() const;
+    bool IsWhitePlain() const;
+    void WriteWhiteChannel();
     void CheckDiskSpace();
     [[noreturn]] void RaiseWriteDataError();
 
@@ -72,6 +81,7 @@ class RTL : public APageBaseRTL {
     AString jobName_;
     PageFolder folder_;
     ChannelFiles channels_;
+    WhiteInk white_;
     int32_t channelCount_ = 4;  ///< colorants of the job's colour mode
     int32_t lineBytes_ = 0;     ///< of one line of one channel
     bool portIsOpen_ = false;

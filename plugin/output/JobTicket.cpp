@@ -1,0 +1,100 @@
+#include "plugin/output/JobTicket.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+#include <string_view>
+#include <system_error>
+
+#include "host/FileBytes.h"
+#include "host/QLCopyFile.h"
+#include "platform/CodePage.h"
+#include "ui/messages/ShowMessage.h"
+
+namespace {
+
+/// Replaces the first occurrence only.
+void Replace(AString& text, std::string_view keyword, std::string_view replacement) {
+    const std::size_t place = text.find(keyword);
+    if (place != AString::npos) text.replace(place, keyword.size(), replacement);
+}
+
+/// One entry a tile; an array that the host did not give counts as zeros.
+int32_t EntryOf(const int32_t* entries, int32_t tile) {
+    return entries == nullptr ? 0 : entries[tile];
+}
+
+bool AnyEntry(const int32_t* entries, int32_t count) {
+    return entries != nullptr &&
+           std::any_of(entries, entries + count, [](int32_t entry) { return entry != 0; });
+}
+
+bool IsSameFile(const AFilePath& left, const AFilePath& right) {
+    std::error_code error;
+    return std::filesystem::equivalent(left.fullPath(), right.fullPath(), error);
+}
+
+int32_t CannotCreate() {
+    ShowMessage("Cannot create job ticket file");
+    return 0;
+}
+
+}  // namespace
+
+int32_t ToUtf8(const AString& text, AString& out) {
+    out = ExactAnsiToUtf8(text).value_or("");
+    return out.empty() ? 0 : 1;
+}
+
+AString TileBlock(const JobStatusRecord& status, int32_t pageIndex) {
+    if (status.RecordVersion < JobStatusRecord::kTileRecordVersion || status.TileCount < 2)
+        return {};
+    const struct {
+        const char* format;
+        const int32_t* entries;
+    } lines[] = {
+        {"\t<Page>{}</Page>\r\n", status.TilePageNumbers},
+        {"\t<Row>{}</Row>\r\n", status.TileRowNumbers},
+        {"\t<COLUMN>{}</COLUMN>\r\n", status.TileColumnNumbers},
+    };
+    const int32_t tile = std::min(status.TileCount - 1, pageIndex);
+    AString block;
+    for (const auto& line : lines)
+        if (AnyEntry(line.entries, status.TileCount))
+            block += fmt::format(fmt::runtime(line.format), EntryOf(line.entries, tile));
+    return block;
+}
+
+AString FillTicket(AString text, const TicketFacts& facts) {
+    AString original;
+    AString printer;
+    ToUtf8(facts.originalFileName, original);
+    ToUtf8(facts.printerName, printer);
+    // In this order: a later keyword is looked for in what an earlier one was replaced by, too.
+    Replace(text, "QL_COPIES", std::to_string(facts.copies));
+    Replace(text, "QL_ORIGINALFILE", original);
+    Replace(text, "QL_WIDTHINDOTS", std::to_string(facts.paddedWidthPixels));
+    Replace(text, "QL_HEIGHTINDOTS", std::to_string(facts.heightLines));
+    Replace(text, "QL_WIDTHDPI", fmt::format("{:.1f}", facts.xResolution));
+    Replace(text, "QL_HEIGHTDPI", fmt::format("{:.1f}", facts.yResolution));
+    Replace(text, "QL_PRINTERNAME", printer);
+    if (facts.hasColorModeName) Replace(text, "QL_COLORMODE", facts.colorModeName);
+    Replace(text, "QL_TILES", facts.tiles);
+    return text;
+}
+
+int32_t WriteTicketFile(const AFilePath& ticketTemplate, const AFilePath& ticket,
+                        const TicketFacts& facts) {
+    if (!ticketTemplate.isValid() || !ticket.isValid()) return CannotCreate();
+    const std::optional<std::string> text = ReadFileBytes(ticketTemplate);
+    if (!text) {
+        // Too large to be filled in, or missing; a copy of what there is stands for the ticket.
+        QLCopyFile(ticketTemplate, ticket);
+        return CannotCreate();
+    }
+    if (!IsSameFile(ticketTemplate, ticket) && !ReplaceFileBytes(ticket, *text))
+        return CannotCreate();
+    return ReplaceFileBytes(ticket, FillTicket(*text, facts)) ? 1 : CannotCreate();
+}
