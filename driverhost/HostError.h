@@ -8,7 +8,7 @@ enum ExitStatus : int {
     kSuccess = 0,
     kFailed = 1,      ///< the command could not be carried out
     kUsage = 2,       ///< the command line asks for what is unknown or not allowed
-    kIncomplete = 3,  ///< the job ran, and files or channels are missing or short
+    kIncomplete = 3,  ///< files or channels that a job wrote are missing or short
     kAborted = 130,   ///< interrupted, as a shell answers for Ctrl-C
 };
 

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <numeric>
@@ -51,6 +52,10 @@ void JobRun::UseFolders(bool perPage) {
     status_.TileRowNumbers = tilePlaces_.data();
 }
 
+void JobRun::SetThumbnail(const std::string& path) {
+    std::memcpy(status_.ThumbnailPath, path.data(), std::min(path.size(), kMostThumbnailBytes));
+}
+
 void JobRun::Open(const std::filesystem::path& job, const PrintChoice& choice,
                   const std::string& sourceName) {
     const std::string path = job.string();
@@ -66,7 +71,7 @@ void JobRun::Open(const std::filesystem::path& job, const PrintChoice& choice,
 }
 
 JobRun::Ending JobRun::ToEnd() {
-    Progress progress(static_cast<int32_t>(pages_.size()));
+    Progress progress(static_cast<int32_t>(pages_.size()), quiet_);
     auto pageStart = std::chrono::steady_clock::now();
     while (status_.JobState != JobStatusRecord::kJobEnded) {
         if (InterruptNoted()) {

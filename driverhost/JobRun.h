@@ -23,6 +23,14 @@ class JobRun {
     /// in one folder each page replaces the files of the one before.
     void UseFolders(bool perPage);
 
+    void SetCopies(int32_t copies) { status_.Copies = copies; }
+    /// A picture of the job, which the driver copies beside its files; a path of at most
+    /// kMostThumbnailBytes. Empty: none.
+    void SetThumbnail(const std::string& path);
+    static constexpr std::size_t kMostThumbnailBytes = sizeof JobStatusRecord::ThumbnailPath - 1;
+    /// Shows no progress.
+    void BeQuiet() { quiet_ = true; }
+
     /// Opens the job and its port. Throws HostError when the driver refuses either.
     void Open(const std::filesystem::path& job, const PrintChoice& choice,
               const std::string& sourceName);
@@ -54,6 +62,7 @@ class JobRun {
     std::vector<int32_t> tilePlaces_;  ///< zeros: a page of its own stands in no grid
     Phase phase_ = Phase::kPageStart;
     int32_t page_ = 0;
+    bool quiet_ = false;
     std::string failure_;
     std::vector<PageFaults> faults_;
     std::vector<std::vector<std::string>> pageFiles_;

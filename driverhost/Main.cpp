@@ -23,8 +23,9 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr char kStatusText[] =
-    "Exit status: 0 success, 1 failed, 2 wrong or refused options, 3 the job ran and channels are\n"
-    "missing or short, 130 interrupted.";
+    "Exit status: 0 success, 1 failed, 2 wrong or refused options, 3 what a job wrote is\n"
+    "incomplete: channels are missing or short, or it failed on its way; 130 interrupted. diff\n"
+    "answers 1 for a difference and 2 for trouble.";
 
 /// Fixes the base folder for the driver, which looks the variable up at each use.
 void SetBaseFolder(const std::string& option) {

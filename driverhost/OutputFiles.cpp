@@ -55,6 +55,40 @@ Listing ListFiles(const fs::path& folder) {
     return listing;
 }
 
+std::set<std::string> ListFolders(const fs::path& folder) {
+    std::set<std::string> folders;
+    std::error_code error;
+    for (fs::recursive_directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        std::error_code gone;
+        if (entry->is_directory(gone))
+            folders.insert(entry->path().lexically_relative(folder).string());
+    }
+    return folders;
+}
+
+std::set<std::string> FoldersOfJob(const std::set<std::string>& before,
+                                   const std::set<std::string>& after, const Listing& files) {
+    std::set<std::string> folders;
+    // The outermost new folder that a path lies in; empty when there is none.
+    const auto newAbove = [&](const fs::path& path) {
+        fs::path above;
+        for (const fs::path& component : path) {
+            above /= component;
+            if (after.contains(above.string()) && !before.contains(above.string())) return above;
+        }
+        return fs::path();
+    };
+    for (const std::string& folder : after)
+        if (!before.contains(folder)) folders.insert(newAbove(folder).string());
+    for (const auto& [file, state] : files) {
+        if (!newAbove(file).empty()) continue;
+        const fs::path parent = fs::path(file).parent_path();
+        folders.insert(parent.empty() ? "." : parent.string());
+    }
+    return folders;
+}
+
 Listing ChangedFiles(const Listing& before, const Listing& after) {
     Listing changed;
     for (const auto& [path, state] : after) {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,14 @@ struct FileState {
 using Listing = std::map<std::string, FileState>;
 
 Listing ListFiles(const std::filesystem::path& folder);
+
+/// The folders below a folder, by their path relative to it.
+std::set<std::string> ListFolders(const std::filesystem::path& folder);
+
+/// The folders that a job wrote into: the outermost of those that are new, and where a file of it
+/// lies in none of these, the file's own ("." for the output folder itself).
+std::set<std::string> FoldersOfJob(const std::set<std::string>& before,
+                                   const std::set<std::string>& after, const Listing& files);
 
 /// The files of `after` that are not in `before` as they are.
 Listing ChangedFiles(const Listing& before, const Listing& after);

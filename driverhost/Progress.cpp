@@ -28,7 +28,8 @@ int32_t PercentOf(std::string_view statusText) {
     return std::clamp(percent, -1, 100);
 }
 
-Progress::Progress(int32_t pageCount) : pageCount_(pageCount), terminal_(IsTerminal(stdout)) {}
+Progress::Progress(int32_t pageCount, bool quiet)
+    : pageCount_(pageCount), quiet_(quiet), terminal_(!quiet && IsTerminal(stdout)) {}
 
 Progress::~Progress() {
     Clear();
@@ -49,6 +50,7 @@ void Progress::Show(int32_t page, int32_t statusKind, std::string_view statusTex
 }
 
 void Progress::PageDone(int32_t page, double seconds) {
+    if (quiet_) return;
     Clear();
     fmt::print("page {} of {} written in {:.2f} s\n", page + 1, pageCount_, seconds);
     std::fflush(stdout);

@@ -7,7 +7,8 @@
 /// otherwise.
 class Progress {
   public:
-    explicit Progress(int32_t pageCount);
+    /// A quiet one shows nothing.
+    Progress(int32_t pageCount, bool quiet);
     /// Leaves no half line behind.
     ~Progress();
     Progress(const Progress&) = delete;
@@ -22,6 +23,7 @@ class Progress {
     void Clear();
 
     int32_t pageCount_;
+    bool quiet_;
     bool terminal_;
     bool lineOpen_ = false;
 };

@@ -5,14 +5,20 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
 #include <system_error>
 
 #include "driverhost/CommandTree.h"
 #include "driverhost/DriverLibrary.h"
 #include "driverhost/HostError.h"
 #include "driverhost/JobFile.h"
+#include "driverhost/JobReport.h"
 #include "driverhost/JobRun.h"
 #include "driverhost/PrintRecord.h"
+#include "platform/Program.h"
 
 namespace fs = std::filesystem;
 
@@ -67,88 +73,185 @@ std::vector<ContainerPage> PagesOf(const fs::path& job) {
     return ReadContainerPages(container);
 }
 
-void PrintFiles(const Listing& files, double seconds) {
-    std::uintmax_t bytes = 0;
-    for (const auto& [path, state] : files) {
-        fmt::print("{:>15} bytes  {}\n", state.Bytes, path);
-        bytes += state.Bytes;
+/// The drivers of this program: one for each model, since a driver keeps the first that it meets.
+class Drivers {
+  public:
+    DriverInterface& For(const std::string& model) {
+        std::unique_ptr<DriverInterface>& driver = drivers_[model];
+        if (driver == nullptr) driver = library_.CreateDriver();
+        return *driver;
     }
-    constexpr double kMegabyte = 1e6;
-    const double megabytes = static_cast<double>(bytes) / kMegabyte;
-    fmt::print("{} files, {:.1f} MB in {:.2f} s, {:.1f} MB/s\n", files.size(), megabytes, seconds,
-               seconds > 0 ? megabytes / seconds : 0.0);
-    std::fflush(stdout);
+
+  private:
+    DriverLibrary library_;
+    std::map<std::string, std::unique_ptr<DriverInterface>> drivers_;  // gone before the library
+};
+
+/// A job that can be run.
+struct ReadyJob {
+    fs::path Path;
+    JobSettings Settings;
+    std::vector<ContainerPage> Pages;
+    std::string SourceName;
+    DriverInterface& Driver;
+    ChosenPrint Chosen;
+};
+
+ReadyJob Prepare(const std::string& job, const RunOptions& options, Drivers& drivers) {
+    const fs::path path = fs::absolute(job).lexically_normal();
+    if (path.string().size() >= sizeof JobStatusRecord::JobFilePath)
+        throw HostError(kUsage, fmt::format("a job's path has at most {} bytes",
+                                            sizeof JobStatusRecord::JobFilePath - 1));
+    const JobSettings settings = ReadJob(path);
+    const std::vector<ContainerPage> pages = PagesOf(path);
+    const std::string sourceName = SourceNameOf(options, settings);
+    DriverInterface& driver = drivers.For(settings.Model);
+    const Capabilities capabilities(driver, settings.Model);
+    return {path, settings, pages, sourceName, driver, ChooseFor(capabilities, options, settings)};
 }
 
-bool AnyFault(const JobRun& run) {
-    return std::any_of(run.Faults().begin(), run.Faults().end(),
+/// An absolute path that the driver can take.
+std::string ThumbnailOf(const RunOptions& options) {
+    if (options.Thumbnail.empty()) return {};
+    const std::string path = fs::absolute(options.Thumbnail).lexically_normal().string();
+    std::error_code error;
+    if (!fs::is_regular_file(path, error))
+        throw HostError(kUsage, fmt::format("there is no thumbnail {}", options.Thumbnail));
+    if (path.size() > JobRun::kMostThumbnailBytes)
+        throw HostError(kUsage, fmt::format("a thumbnail's path has at most {} bytes",
+                                            JobRun::kMostThumbnailBytes));
+    return path;
+}
+
+bool AnyFault(const JobReport& report) {
+    return std::any_of(report.Faults.begin(), report.Faults.end(),
                        [](const PageFaults& faults) { return faults.Any(); });
 }
 
-void KeepRecord(const fs::path& folder, const JobRun& run, const std::string& sourceName,
-                const std::string& model, const ChosenPrint& chosen,
-                const std::vector<ContainerPage>& pages, bool complete) {
+void KeepRecord(const fs::path& folder, const ReadyJob& job, JobReport& report) {
     PrintRecord record;
-    record.SourceName = sourceName;
-    record.Model = model;
-    record.Choice = chosen.Choice;
-    record.XResolution = chosen.Resolution.XResolution;
-    record.YResolution = chosen.Resolution.YResolution;
-    record.Complete = complete;
-    for (std::size_t page = 0; page < run.PageFiles().size(); ++page)
-        record.Pages.push_back(
-            {pages[page].WidthPixels, pages[page].Rows, pages[page].Bits, run.PageFiles()[page]});
-    WritePrintRecord(PrintRecordPath(folder, record), record);
+    record.SourceName = job.SourceName;
+    record.Model = job.Settings.Model;
+    record.Choice = job.Chosen.Choice;
+    record.XResolution = job.Chosen.Resolution.XResolution;
+    record.YResolution = job.Chosen.Resolution.YResolution;
+    record.Complete = report.State == JobState::kComplete;
+    record.Pages = report.Pages;
+    try {
+        WritePrintRecord(PrintRecordPath(folder, record), record);
+    } catch (const HostError& error) {
+        if (report.State == JobState::kComplete) report.Fail(error.Status(), error.what());
+    }
 }
 
-void PrintFaults(const std::vector<PageFaults>& faults) {
-    for (std::size_t page = 0; page < faults.size(); ++page) {
-        for (const std::string& file : faults[page].ShortFiles)
-            fmt::print(stderr, "driverhost: page {}: {} is incomplete\n", page + 1, file);
-        if (faults[page].MissingChannels > 0)
-            fmt::print(stderr, "driverhost: page {}: {} channels are not written\n", page + 1,
-                       faults[page].MissingChannels);
+/// Why a job did not come to its end; throws it as the fault that it is.
+void RunToEnd(JobRun& run, const ReadyJob& job) {
+    run.Open(job.Path, job.Chosen.Choice, job.SourceName);
+    switch (run.ToEnd()) {
+        case JobRun::Ending::kDone:
+            return;
+        case JobRun::Ending::kInterrupted:
+            throw HostError(kAborted, "interrupted; the job is aborted");
+        case JobRun::Ending::kFailed:
+            throw HostError(kFailed, run.Failure());
+    }
+}
+
+void Run(const ReadyJob& job, const RunOptions& options, JobReport& report) {
+    const fs::path folder = PrepareFolder(options.OutputFolder);
+    const std::string thumbnail = ThumbnailOf(options);
+    const Listing before = ListFiles(folder);
+    const std::set<std::string> foldersBefore = ListFolders(folder);
+    JobRun run(job.Driver, job.Pages, static_cast<int32_t>(job.Chosen.Mode.Colorants.size()),
+               folder, before);
+    run.UseFolders(!options.OneFolder);
+    run.SetCopies(options.Copies);
+    run.SetThumbnail(thumbnail);
+    if (options.Json) run.BeQuiet();
+
+    std::optional<HostError> fault;
+    const auto start = std::chrono::steady_clock::now();
+    try {
+        RunToEnd(run, job);
+    } catch (const HostError& error) {
+        fault = error;
+    }
+    report.Seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+
+    report.Files = ChangedFiles(before, ListFiles(folder));
+    report.Folders = FoldersOfJob(foldersBefore, ListFolders(folder), report.Files);
+    report.Faults = run.Faults();
+    for (std::size_t i = 0; i < run.PageFiles().size(); ++i)
+        report.Pages.push_back(
+            {job.Pages[i].WidthPixels, job.Pages[i].Rows, job.Pages[i].Bits, run.PageFiles()[i]});
+    if (!fault && AnyFault(report)) fault = HostError(kIncomplete, "the job is incomplete");
+    report.Status = kSuccess;
+    report.State = JobState::kComplete;
+    if (fault) report.Fail(fault->Status(), fault->what());
+    if (!report.Folders.empty()) KeepRecord(folder, job, report);
+}
+
+JobReport RunJob(const std::string& name, const RunOptions& options, Drivers& drivers) {
+    JobReport report;
+    report.Job = name;
+    if (InterruptNoted()) {
+        report.Message = "interrupted before this job";
+        return report;
+    }
+    try {
+        const ReadyJob job = Prepare(name, options, drivers);
+        report.Model = job.Settings.Model;
+        report.SourceName = job.SourceName;
+        Run(job, options, report);
+    } catch (const HostError& error) {
+        report.Fail(error.Status(), error.what());
+    }
+    return report;
+}
+
+/// Names carry no job number either: a job without a folder of its own takes the place of an
+/// earlier one of its name.
+void NoteReplacedFiles(std::vector<JobReport>& reports) {
+    const JobReport& last = reports.back();
+    for (JobReport& earlier : reports) {
+        if (&earlier == &last || earlier.State != JobState::kComplete) continue;
+        for (const auto& [file, state] : last.Files) {
+            if (!earlier.Files.contains(file)) continue;
+            earlier.Fail(kIncomplete, fmt::format("{} and other files are replaced by those of {}",
+                                                  file, last.Job));
+            fmt::print(stderr, "driverhost: {}: {}\n", earlier.Job, earlier.Message);
+            break;
+        }
     }
 }
 
 }  // namespace
 
-void RunJob(const RunOptions& options) {
-    const fs::path jobPath = fs::absolute(options.Job).lexically_normal();
-    if (jobPath.string().size() >= sizeof JobStatusRecord::JobFilePath)
-        throw HostError(kUsage, fmt::format("a job's path has at most {} bytes",
-                                            sizeof JobStatusRecord::JobFilePath - 1));
-    const JobSettings job = ReadJob(jobPath);
-    const std::vector<ContainerPage> pages = PagesOf(jobPath);
-    const std::string sourceName = SourceNameOf(options, job);
-
-    const DriverLibrary library;
-    const std::unique_ptr<DriverInterface> driver = library.CreateDriver();
-    const ChosenPrint chosen = ChooseFor(Capabilities(*driver, job.Model), options, job);
-    const fs::path folder = PrepareFolder(options.OutputFolder);
-
-    const Listing before = ListFiles(folder);
-    const auto start = std::chrono::steady_clock::now();
-    JobRun run(*driver, pages, static_cast<int32_t>(chosen.Mode.Colorants.size()), folder, before);
-    run.UseFolders(!options.OneFolder);
-    run.Open(jobPath, chosen.Choice, sourceName);
-    const JobRun::Ending ending = run.ToEnd();
-    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-
-    PrintFiles(ChangedFiles(before, ListFiles(folder)), elapsed.count());
-    PrintFaults(run.Faults());
-    const bool complete = ending == JobRun::Ending::kDone && !AnyFault(run);
-    KeepRecord(folder, run, sourceName, job.Model, chosen, pages, complete);
-    if (ending == JobRun::Ending::kInterrupted)
-        throw HostError(kAborted, "interrupted; the job is aborted");
-    if (ending == JobRun::Ending::kFailed) throw HostError(kFailed, run.Failure());
-    if (!complete) throw HostError(kIncomplete, "the job is incomplete");
+int RunJobs(const RunOptions& options) {
+    if (options.Jobs.size() > 1 && !options.Name.empty())
+        throw HostError(kUsage, "--name is for one job, not for several");
+    Drivers drivers;
+    std::vector<JobReport> reports;
+    const fs::path folder = fs::absolute(options.OutputFolder).lexically_normal();
+    const bool several = options.Jobs.size() > 1;
+    for (const std::string& job : options.Jobs) {
+        if (several && !options.Json) fmt::print("{}\n", job);
+        reports.push_back(RunJob(job, options, drivers));
+        if (!options.Json) PrintReport(reports.back(), folder, several);
+        NoteReplacedFiles(reports);
+    }
+    int status = kSuccess;
+    for (const JobReport& report : reports)
+        if (status == kSuccess) status = report.Status;
+    if (options.Json) PrintReportsAsJson(reports, folder, status);
+    return status;
 }
 
 void AddRunCommand(CommandTree& tree) {
     auto [command, options] =
-        tree.Add("run", "Run a job through the driver, which writes its channel files", RunJob);
-    command.add_option("JOB", options.Job, "The job file that make-job wrote")
+        tree.Add("run", "Run jobs through the driver, which writes their channel files", RunJobs);
+    command.add_option("JOB", options.Jobs, "Job files that make-job wrote")
         ->required()
         ->type_name(kFileArgument);
     command.add_option("--out", options.OutputFolder, "Folder for the files; made when missing")
@@ -156,12 +259,27 @@ void AddRunCommand(CommandTree& tree) {
         ->type_name(kFolderArgument);
     command.add_option("--name", options.Name, "The job's name (default: the document's)");
     AddChoiceOptions(command, options.Choice);
+    command.add_option("--copies", options.Copies, "Copies that the job ticket asks for")
+        ->check(CLI::Range(1, INT32_MAX))
+        ->capture_default_str();
+    command
+        .add_option("--thumbnail", options.Thumbnail,
+                    "A picture of the job, which the driver copies beside its files")
+        ->type_name(kFileArgument);
     command.add_flag("--one-folder", options.OneFolder,
                      "Write all pages into the same folder, where each replaces the one before");
-    AddHelp(command,
-            "Each page of a job of several gets a folder of its own, NAME-tile1, NAME-tile2 and so "
-            "on,\n"
-            "for the names of channel files carry no page number.",
-            {"driverhost run poster.job --out printed",
-             "driverhost run glass.job --out printed --name window7"});
+    command.add_flag(
+        "--json", options.Json,
+        "Print a report in JSON instead: files, sizes, SHA-256, seconds, what is wrong");
+    AddHelp(
+        command,
+        "Each page of a job of several gets a folder of its own, NAME-tile1, NAME-tile2 and so "
+        "on,\n"
+        "for the names of channel files carry no page number. Jobs run one after the other, each\n"
+        "whatever became of the others; the exit status is that of the first that is not "
+        "complete:\n"
+        "3 when it left folders that are incomplete, 1 or 2 when it left nothing.",
+        {"driverhost run poster.job --out printed",
+         "driverhost run glass.job --out printed --name window7 --copies 2 --thumbnail glass.bmp",
+         "driverhost run poster.job glass.job --out printed --json"});
 }

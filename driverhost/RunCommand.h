@@ -1,22 +1,28 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "driverhost/ChoiceOptions.h"
 
 class CommandTree;
 
 struct RunOptions {
-    std::string Job;
+    std::vector<std::string> Jobs;
     std::string OutputFolder;
     std::string Name;  ///< empty: the document's own
     ChoiceOptions Choice;
+    int32_t Copies = 1;
+    std::string Thumbnail;  ///< empty: none
     /// Each page replaces the files of the one before.
     bool OneFolder = false;
+    bool Json = false;
 };
 
-/// Runs a job through the driver. Throws HostError, with the status kIncomplete when the driver
-/// was content and files are missing or short.
-void RunJob(const RunOptions& options);
+/// Runs jobs through the driver one after the other and prints what came of each. Answers the
+/// status of the first that is not complete. Throws HostError for options that no job can run
+/// with.
+int RunJobs(const RunOptions& options);
 
 void AddRunCommand(CommandTree& tree);

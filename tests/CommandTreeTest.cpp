@@ -22,6 +22,7 @@ TEST_F(DriverHost, CompletesCommandsOptionsAndWhatTheyTake) {
         {"run ''", "default"},
         {"run job --name ''", ""},
         {"--base ''", "dirnames"},
+        {"diff one ''", "default"},
         {"completion ''", "<bash>"},
         {"completion bash ''", ""},
         {"capabilities 'Fenland\\ F'", "<Fenland\\ F8>"},

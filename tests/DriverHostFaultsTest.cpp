@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
+
 #include "DriverHostFixture.h"
 #include "driverhost/Container.h"
 
@@ -87,6 +89,8 @@ TEST_F(DriverHost, AnswersAWrongCommandLineWithItsOwnStatus) {
         {{"run", "a.pdf", "--out", "o"}, 1},
         {{"run", "job", "--out", "a.pdf"}, 1},
         {{"run", "job", "--out", "o", "--name", "../x"}, 2},
+        {{"run", "job", "job", "--out", "o", "--name", "x"}, 2},
+        {{"run", "job", "--out", "o", "--copies", "0"}, 2},
         {{"run", "job", "--out", "o", "--name", "c:x"}, 2},
     };
     const Listing before = Files();
@@ -107,8 +111,9 @@ TEST_F(DriverHost, LeavesNothingBehindOnAFullDisk) {
     EXPECT_TRUE(Files() == before);  // the earlier job stands
 
     const Outcome run = Shell("ulimit -f 8; \"$host\" run job --out printed");
-    EXPECT_EQ(run.Status, 1) << run.Output;
+    EXPECT_EQ(run.Status, 3) << run.Output;
     EXPECT_TRUE(Contains(run.Output, "a_C.tif is incomplete")) << run.Output;
+    EXPECT_TRUE(Contains(run.Output, "printed/a is incomplete")) << run.Output;
     EXPECT_TRUE(Contains(run.Output, "3 channels are not written")) << run.Output;
 }
 
@@ -141,6 +146,16 @@ TEST_F(DriverHost, AbortsARunningJobOnAnInterrupt) {
     EXPECT_EQ(run.Status, 130) << run.Output;
     EXPECT_TRUE(Contains(run.Output, "interrupted; the job is aborted")) << run.Output;
     EXPECT_TRUE(Contains(run.Output, "a_C.tif is incomplete")) << run.Output;
+    EXPECT_TRUE(Contains(run.Output, "printed/a is incomplete")) << run.Output;
+    // The report says so too, and that the job behind it was not begun.
+    const Outcome two = Shell(
+        "\"$host\" run job job --out again --json >report & until [ -s again/a/a_C.tif ]; do "
+        "sleep 0.01; done; kill -TERM $!; wait $!");
+    EXPECT_EQ(two.Status, 130) << two.Output;
+    const auto jobs = nlohmann::json::parse(ReadText(Path("report")))["jobs"];
+    EXPECT_EQ(jobs[0]["state"], "aborted");
+    EXPECT_EQ(jobs[0]["incompleteFolders"], (std::vector<std::string>{"a"}));
+    EXPECT_EQ(jobs[1]["state"], "not run");
 }
 
 TEST_F(DriverHost, FailsOnDamagedJobs) {
@@ -167,7 +182,7 @@ TEST_F(DriverHost, FailsOnDamagedJobs) {
         Write("job.settings.json", settings);
         Write(row.File, row.Bytes);
         const Outcome run = Host({"run", "job", "--out", "printed"});
-        EXPECT_TRUE(run.Status == 1 || run.Status == 2) << row.Message << run.Output;
+        EXPECT_TRUE(run.Status >= 1 && run.Status <= 3) << row.Message << run.Output;
         EXPECT_TRUE(Contains(run.Output, row.Message)) << row.Message << run.Output;
     }
 }

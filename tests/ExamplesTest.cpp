@@ -9,8 +9,8 @@ namespace {
 /// What the examples find: artwork, jobs and what they print. A command whose examples need more
 /// adds it here.
 constexpr char kPrepare[] =
-    "mkdir prepared && cd prepared && ln -s \"$host\" \"$tools/driverhost\" && cp ../a.pdf "
-    "poster.pdf"
+    "mkdir prepared && cd prepared && ln -s \"$host\" \"$tools/driverhost\""
+    " && cp ../a.pdf poster.pdf && touch glass.bmp"
     " && driverhost make-job poster.pdf --model 'Fenland R4' -o poster.job"
     " && driverhost make-job poster.pdf --model 'Fenland F8' -o glass.job"
     " && driverhost run poster.job --out printed && cp -R printed reprinted"
