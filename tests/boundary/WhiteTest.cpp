@@ -1,0 +1,203 @@
+// The white channel of a page: its bytes by type, direction and order, its name, and what becomes
+// of the temporary file.
+
+#include <algorithm>
+
+#include "JobRunner.h"
+#include "SystemStandIns.h"
+
+namespace {
+
+constexpr const char* kWhiteFile = "Proof_W.raw";
+
+std::string Rules(const std::string& offer, const std::string& more = {}) {
+    return fmt::format(R"(CreateFolder="No" SupportWhite="{}" {})", offer, more);
+}
+
+/// A numbered model whose description names a white channel as well.
+std::string WhiteModel(int count, const std::string& rules,
+                       const std::string& whitePattern = "filename_W.raw") {
+    Model model = NumberedModel(count, rules);
+    model.Colours.push_back({"White", whitePattern});
+    return Describe(model);
+}
+
+/// The union of the page's separations from the first of the list on, in one order of lines.
+std::string Union(const Page& page, const std::vector<int>& separations, bool inverted,
+                  bool bottomFirst) {
+    std::string lines(LineBytes(page) * page.Height, '\0');
+    for (const int separation : separations) {
+        const std::string plane = ChannelBytes(
+            page, page.Separations[static_cast<std::size_t>(separation)].Name, bottomFirst);
+        for (std::size_t i = 0; i < lines.size(); ++i)
+            lines[i] = static_cast<char>(lines[i] | plane[i]);
+    }
+    if (inverted)
+        for (char& byte : lines)
+            byte = static_cast<char>(~byte);
+    return lines;
+}
+
+class WhiteTest : public BoundaryTest {
+  protected:
+    bool LeavesNothing() const { return Listing(folder.Temp()).empty(); }
+};
+
+// Large enough for several blocks of the temporary file; one separation is deeper than the others.
+TEST_F(WhiteTest, BytesByTypeDirectionAndOrder) {
+    Page large = RandomPage(70'001, 100, {{"C1"}, {"C2"}, {"C3"}}, 3);
+    Page deep = RandomPage(33, 5, {{"C1"}, {"C2", 8}, {"C3", 2}}, 4);
+    for (const Page& page : {large, deep}) {
+        for (const char* more : {"", "PrinterDirection=\"YES\"", "TypeRead=\"LINE_BY_LINE\"",
+                                 "TypeRead=\"LINE_BY_LINE\" PrinterDirection=\"YES\""}) {
+            const bool bottomFirst = std::string(more).find("Direction") != std::string::npos;
+            const std::size_t size = LineBytes(page) * page.Height;
+            const struct {
+                int type;
+                std::string bytes;
+            } cases[] = {
+                {1, Union(page, {0, 1, 2}, true, bottomFirst)},
+                {2, Union(page, {0, 1, 2}, false, bottomFirst)},
+                {3, std::string(size, '\xFF')},
+                {4, ""},
+                {5, std::string(size, '\0')},
+                {6, ""},
+            };
+            for (const auto& [type, bytes] : cases) {
+                SCOPED_TRACE(fmt::format("type {}, {} pixels, {}", type, page.Width, more));
+                EmptyOutputFolder();
+                Install(WhiteModel(3, Rules(fmt::format("{}|A;1;1", type), more)));
+                WriteText(folder.Temp() / "TempWhiteData", type < 3 ? "left over" : "");
+                ASSERT_TRUE(Print({page}));
+                EXPECT_TRUE(Output(kWhiteFile) == bytes);
+                EXPECT_TRUE(Output("Proof_C2.raw") == ChannelBytes(page, "C2", bottomFirst));
+                std::filesystem::remove(folder.Temp() / "TempWhiteData");
+                EXPECT_TRUE(LeavesNothing());
+            }
+        }
+    }
+    EXPECT_TRUE(folder.Messages().empty());
+}
+
+// What comes before separation 0 in the order of the colorants finds nothing to be united with;
+// a page without separation 0 has no white.
+TEST_F(WhiteTest, SeparationZeroBeginsTheUnion) {
+    for (const char* more : {"", "TypeRead=\"LINE_BY_LINE\""}) {
+        Install(WhiteModel(3, Rules("2|A;2;1", more)));
+        const Page page = RandomPage(64, 6, {{"C2"}, {"C1"}, {"C3"}}, 5);
+        ASSERT_TRUE(Print({page}));
+        EXPECT_EQ(Output(kWhiteFile), Union(page, {0, 2}, false, false)) << more;
+        const Page other = RandomPage(64, 6, {{"Gold"}, {"C1"}, {"C3"}}, 6);
+        ASSERT_TRUE(Print({other}));
+        EXPECT_EQ(Output(kWhiteFile), "") << more;
+        EXPECT_TRUE(LeavesNothing());
+    }
+}
+
+// Types without a meaning print the lines that stand ready, the page's height of them.
+TEST_F(WhiteTest, OtherTypesPrintWhatStandsReady) {
+    const struct {
+        const char* more;
+        std::string ready;
+        std::string white;
+    } cases[] = {
+        {"", "aaaabbbbcccc", "aaaabbbb"},
+        {"", "aaaabb", "aaaabbaa"},
+        {"PrinterDirection=\"YES\"", "aaaabbbbcccc", "ccccbbbb"},
+        {"PrinterDirection=\"YES\"", "xaaaabbbb", "bbbbaaaa"},
+        {"PrinterDirection=\"YES\"", "abc", ""},
+    };
+    for (const auto& [more, ready, white] : cases) {
+        Install(WhiteModel(2, Rules("4|A;4;1", more)));
+        WriteText(folder.Temp() / "TempWhiteData", ready);
+        ASSERT_TRUE(Print({NumberedPage(32, 2, 2, 1)}));
+        EXPECT_EQ(Output(kWhiteFile), white) << ready;
+        EXPECT_TRUE(LeavesNothing());
+    }
+}
+
+// Pages of types 3 and 5 are named from the model's map, the others by the colour.
+TEST_F(WhiteTest, Names) {
+    const struct {
+        int count;
+        int type;
+        const char* pattern;  ///< null: the model has no white colour
+        Texts names;
+    } cases[] = {
+        {2, 2, "w_filename.x", {"Proof_C1.raw", "Proof_C2.raw", "w_Proof.x"}},
+        {2, 3, "w_filename.x", {"Proof_C1.raw", "Proof_C2.raw", "w_Proof.x"}},
+        {2, 2, "", {"Proof", "Proof_C1.raw", "Proof_C2.raw"}},
+        {2, 5, nullptr, {"Proof", "Proof_C1.raw", "Proof_C2.raw"}},
+        {1, 2, "", {"Proof", "Proof_2"}},
+        {1, 3, nullptr, {"Proof", "Proof_2"}},
+    };
+    for (const auto& [count, type, pattern, names] : cases) {
+        SCOPED_TRACE(fmt::format("{} inks, type {}", count, type));
+        EmptyOutputFolder();
+        const std::string rules = Rules(fmt::format("{}|A;1;1", type));
+        Install(pattern == nullptr ? Describe(NumberedModel(count, rules))
+                                   : WhiteModel(count, rules, pattern));
+        ASSERT_TRUE(Print({NumberedPage(40, 3, count, 1)}));
+        EXPECT_EQ(Listing(folder.Out()), names);
+    }
+    // Channels without a name leave the job's to white.
+    Model model = NumberedModel(3, Rules("2|A;2;1"));
+    model.Colours[0].ChannelName = "";
+    model.Colours[2].ChannelName = "";
+    Install(Describe(model));
+    EmptyOutputFolder();
+    const Page page = NumberedPage(40, 3, 3, 2);
+    ASSERT_TRUE(Print({page}));
+    EXPECT_EQ(Listing(folder.Out()), (Texts{"Proof", "Proof_1", "Proof_3", "Proof_C2.raw"}));
+    EXPECT_EQ(Output("Proof"), Union(page, {0, 1, 2}, false, false));
+    EXPECT_EQ(Output("Proof_3"), ChannelBytes(page, "C3"));
+}
+
+// No folder, or something else in the file's place: no union, and the page is complete.
+TEST_F(WhiteTest, WithoutATemporaryFile) {
+    Install(WhiteModel(2, Rules("1|A;1;1")));
+    const Page page = NumberedPage(64, 4, 2, 1);
+    std::filesystem::create_directories(folder.Temp() / "TempWhiteData" / "in the way");
+    ASSERT_TRUE(Print({page}));
+    EXPECT_EQ(Output(kWhiteFile), "");
+    std::filesystem::remove_all(folder.Temp());
+    ASSERT_TRUE(Print({page}));
+    EXPECT_EQ(Output(kWhiteFile), "");
+    EXPECT_EQ(Output("Proof_C2.raw"), ChannelBytes(page, "C2"));
+    EXPECT_FALSE(std::filesystem::exists(folder.Temp()));
+    EXPECT_TRUE(folder.Messages().empty());
+}
+
+// The user's choice counts where the model offers white, and is the job's alone.
+TEST_F(WhiteTest, TheUsersChoice) {
+    const std::string choice =
+        R"(<RootElement><DriverOptions SupportWhiteType="3"/></RootElement>)";
+    WriteText(folder.Options() / "QL_DROP_a.xml", choice);
+    JobChoices choices;
+    choices.Options.Kind = 3;
+    SetText(choices.Options.FileName, "QL_DROP_a.xml");
+    const Page page = NumberedPage(32, 2, 2, 1);
+    Install(WhiteModel(2, Rules("0|A;3;1")));
+    ASSERT_TRUE(Print({page}, "Proof.ps", choices));
+    EXPECT_EQ(Output(kWhiteFile), std::string(8, '\xFF'));
+    EmptyOutputFolder();
+    ASSERT_TRUE(Print({page}));
+    EXPECT_FALSE(std::filesystem::exists(folder.Out() / kWhiteFile));
+    Install(WhiteModel(2, "CreateFolder=\"No\""));
+    ASSERT_TRUE(Print({page}, "Proof.ps", choices));
+    EXPECT_FALSE(std::filesystem::exists(folder.Out() / kWhiteFile));
+}
+
+// The union goes with the job, whether the host gives it up or it fails.
+TEST_F(WhiteTest, AnAbortOrAFailureRemovesTheUnion) {
+    Install(WhiteModel(2, Rules("1|A;1;1")));
+    const StandIn clock(clockStepMs, 300);
+    Job job = StartJob({NumberedPage(320, 50, 2, 1)});
+    for (int step = 0; step < 4; ++step)
+        ASSERT_EQ(job.Step(), 1);
+    ASSERT_FALSE(LeavesNothing());
+    EXPECT_EQ(driver->Call(kAbortJob), 1);
+    EXPECT_TRUE(LeavesNothing());
+}
+
+}  // namespace
