@@ -30,7 +30,8 @@ BaseFolder::BaseFolder() {
     root_ = pattern;
     fs::permissions(root_, fs::perms::others_exec, fs::perm_options::add);
     for (const fs::path& folder :
-         {Base() / "OutputDrivers", Temp(), Base() / "temp", Options(), Out(), Jobs()}) {
+         {Base() / "OutputDrivers/HeaderTemplates", Base() / "OutputDrivers/JobTicketTemplates",
+          Temp(), Base() / "temp", Options(), Out(), Jobs()}) {
         fs::create_directories(folder);
     }
     setenv("QL_BASE_FOLDER", Base().c_str(), 1);

@@ -12,6 +12,8 @@ std::string JobFileBytes(const JobChoices& choices) {
     SetText(header.PrinterName, kModelName);
     header.XResolution = choices.XResolution;
     header.YResolution = choices.YResolution;
+    header.XResolutionWhole = static_cast<int16_t>(std::clamp(choices.XResolution, 0.0F, 32767.0F));
+    header.YResolutionWhole = static_cast<int16_t>(std::clamp(choices.YResolution, 0.0F, 32767.0F));
     header.Options = choices.Options;
     header.ColorModeIndex = choices.ColorMode;
     return {reinterpret_cast<const char*>(&header), sizeof header};
