@@ -317,6 +317,7 @@ TEST_F(Check, EndsOnHostileFilesWithAClearLine) {
         {"<a>" + unknown + "</a>", "not listed"},
         {"<a><Definition" + attributes + "/></a>", "not listed"},
         {"<a><Definition>" + deep, "no XML document"},
+        {"<a>" + std::string(1'000'001, '<'), ":1:1: error: not checked: 1000002 tags"},
         {"<a><Definition><x\n\tName=\"\x01&#10;\"/></Definition></a>", ":1:16: warning: "},
     };
     for (const auto& [bytes, text] : cases) {

@@ -16,6 +16,11 @@ namespace fs = std::filesystem;
 
 namespace {
 
+/// Tags and attributes of a file beyond which it is not looked into: a hundred times those of a
+/// large description, and little enough to hold the whole tree, which takes many times the file's
+/// size.
+constexpr std::ptrdiff_t kMostParts = 1'000'000;
+
 /// Where an element's tag starts.
 std::ptrdiff_t OffsetOf(const pugi::xml_node& element) {
     return element.offset_debug() - 1;  // pugixml counts to the name
@@ -70,6 +75,11 @@ bool CheckedDocument::Load(const AFilePath& path, Form form) {
             return refused(fmt::format("the gzip data are damaged or hold more than {} bytes",
                                        kMostTextBytes));
         }
+    }
+    const auto parts = std::count(bytes->begin(), bytes->end(), '<') +
+                       std::count(bytes->begin(), bytes->end(), '=');
+    if (parts > kMostParts) {
+        return refused(fmt::format("not checked: {} tags and attributes are no model data", parts));
     }
     bytes_ = std::move(*bytes);
     const XmlOutcome outcome = ReadXml(bytes_, document_);

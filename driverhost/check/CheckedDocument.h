@@ -29,7 +29,8 @@ class CheckedDocument {
     /// `findings` must outlive the document.
     explicit CheckedDocument(Findings& findings) : findings_(findings) {}
 
-    /// False, with the reason among the findings, when the driver cannot read it.
+    /// False, with the reason among the findings, when the driver cannot read it, or
+    /// when it is too large to be checked.
     bool Load(const AFilePath& path, Form form);
     pugi::xml_node Root() const { return root_; }
     const std::string& File() const { return file_; }

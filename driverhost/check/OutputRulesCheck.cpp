@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 
 #include "description/DescriptionLoader.h"
 #include "description/ModelOutputSettings.h"
@@ -16,6 +17,9 @@
 
 namespace {
 
+/// Bytes of a white-ink offer that is looked into; a longer one is no list that a person chooses
+/// from.
+constexpr std::size_t kMostOfferBytes = 65536;
 constexpr std::size_t kMostModelNameBytes = sizeof PrintSettings::ModelName - 1;
 
 class EntryCheck {
@@ -46,7 +50,7 @@ class EntryCheck {
     void CheckWord(const pugi::xml_node& node, const char* attribute,
                    const std::vector<std::string_view>& words, const char* otherwise);
     void CheckWhite();
-    void CheckWhiteCodes(const pugi::xml_node& entry, std::string_view offer);
+    void CheckWhiteCodes(std::string_view offer, const std::vector<int32_t>& codes);
     void CheckTicket();
     void CheckHeader();
     void CheckPreview();
@@ -101,6 +105,10 @@ void EntryCheck::CheckWhite() {
         warn(fmt::format("SupportWhite has {} ';' where 2 part names, codes and header codes",
                          semicolons));
     }
+    if (offer.size() > kMostOfferBytes) {
+        warn(fmt::format("not checked: SupportWhite has {} bytes", offer.size()));
+        return;
+    }
     ModelOutputSettings output;
     ReadWhiteOffer(offer, output);
     const std::size_t names = output.WhiteTypeNames.size();
@@ -113,23 +121,20 @@ void EntryCheck::CheckWhite() {
         warn(fmt::format("the default {} is none of the codes that SupportWhite offers",
                          output.DefaultWhiteType));
     }
-    CheckWhiteCodes(entry_, offer);
+    CheckWhiteCodes(offer, codes);
     files_.WhiteTypes = codes;
     files_.WhiteTypes.push_back(output.DefaultWhiteType);
 }
 
-void EntryCheck::CheckWhiteCodes(const pugi::xml_node& entry, std::string_view offer) {
-    ModelOutputSettings output;
-    ReadWhiteOffer(offer, output);
-    std::map<int32_t, std::size_t> met;
-    for (std::size_t i = 0; i < output.WhiteTypeCodes.size(); ++i) {
-        const int32_t code = output.WhiteTypeCodes[i];
-        if (!met.emplace(code, i).second) {
-            document_.Warning(entry, "SupportWhite",
+void EntryCheck::CheckWhiteCodes(std::string_view offer, const std::vector<int32_t>& codes) {
+    std::set<int32_t> met;
+    for (const int32_t code : codes) {
+        if (!met.insert(code).second) {
+            document_.Warning(entry_, "SupportWhite",
                               fmt::format("SupportWhite offers code {} twice", code));
         } else if (code == 4 || code > 5) {
             document_.Warning(
-                entry, "SupportWhite",
+                entry_, "SupportWhite",
                 fmt::format("white treatment {} leaves a white file without lines", code));
         }
     }
@@ -141,7 +146,7 @@ void EntryCheck::CheckWhiteCodes(const pugi::xml_node& entry, std::string_view o
     for (const std::string_view part : {head, numbers}) {
         if (part.find_first_not_of("0123456789-+,; \t") == std::string_view::npos) continue;
         document_.Warning(
-            entry, "SupportWhite",
+            entry_, "SupportWhite",
             fmt::format("{} holds more than numbers; what is none counts as 0", Quoted(part)));
     }
 }
