@@ -18,19 +18,6 @@ namespace {
 
 constexpr char kBaseVariable[] = "QL_BASE_FOLDER";
 
-const char* LevelName(Severity level) {
-    return level == Severity::kError ? "error" : "warning";
-}
-
-/// Names in files may hold anything; a finding is one line.
-std::string OneLine(std::string text) {
-    const auto isControl = [](char character) {
-        return static_cast<unsigned char>(character) < 0x20 || character == 0x7F;
-    };
-    std::replace_if(text.begin(), text.end(), isControl, '?');
-    return text;
-}
-
 /// The base folder that a file of model data lies in, as far as its path is written out; empty when
 /// it lies in none.
 fs::path BaseFolderOf(const fs::path& file) {
@@ -74,8 +61,7 @@ std::string Summary(const Findings& found) {
 void PrintText(const Findings& found) {
     for (const Findings::File& file : found.Files()) {
         for (const Finding& finding : file.List) {
-            fmt::print("{}:{}:{}: {}: {}\n", OneLine(file.Name), finding.Position.Line,
-                       finding.Position.Column, LevelName(finding.Level), OneLine(finding.Text));
+            fmt::print("{}\n", FindingLine(file.Name, finding));
         }
     }
 }

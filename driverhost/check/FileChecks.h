@@ -58,7 +58,7 @@ void CheckModelMap(CheckRun& run, const AFilePath& path);
 /// A parameter file of either kind. Only that it can be read and holds parameters.
 void CheckParameterFile(CheckRun& run, const AFilePath& path);
 
-/// A header template, a job-ticket template. Only that they can be read.
+/// A header template, a job-ticket template: lines and keywords that the driver passes over.
 void CheckHeaderTemplate(CheckRun& run, const AFilePath& path);
 void CheckJobTicketTemplate(CheckRun& run, const AFilePath& path);
 

@@ -57,6 +57,11 @@ class Findings {
     std::size_t leftOut_ = 0;
 };
 
+const char* LevelName(Severity level);
+
+/// FILE:LINE:COLUMN: LEVEL: TEXT, whatever characters the file's name and content hold.
+std::string FindingLine(const std::string& file, const Finding& finding);
+
 /// A text from a file in quotes, cut to a readable length.
 std::string Quoted(std::string_view text);
 

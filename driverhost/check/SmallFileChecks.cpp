@@ -1,9 +1,8 @@
-// Files of which little is to be said: options files, halftone lists, templates.
+// Files of which little is to be said: options files and halftone lists.
 
 #include <fmt/format.h>
 
 #include "driverhost/check/FileChecks.h"
-#include "host/FileBytes.h"
 #include "host/Text.h"
 #include "platform/CodePage.h"
 
@@ -19,15 +18,6 @@ std::optional<AFilePath> FollowAttribute(CheckRun& run, const CheckedDocument& d
     if (!FollowName(run, document, node, attribute, path)) return std::nullopt;
     if (!run.Found.BeginFile(path.fullPath())) return std::nullopt;
     return path;
-}
-
-void CheckReadable(CheckRun& run, const AFilePath& path) {
-    run.Named.insert(path.fullPath());
-    if (!run.Found.BeginFile(path.fullPath())) return;
-    std::string reason = NoFileReason(path);
-    if (reason.empty() && !ReadFileBytes(path)) reason = "cannot be read";
-    if (reason.empty()) return;
-    run.Found.Add(Severity::kError, path.fullPath(), {}, "the file " + reason);
 }
 
 }  // namespace
@@ -121,12 +111,4 @@ void CheckParameterFile(CheckRun& run, const AFilePath& path) {
     if (!LoadNext(run, document, path, CheckedDocument::Form::kEncoded)) return;
     if (ChildElement(document.Root(), "PrinterHardware")) return;
     document.Error(document.Root(), "no element \"PrinterHardware\": the file is passed over");
-}
-
-void CheckHeaderTemplate(CheckRun& run, const AFilePath& path) {
-    CheckReadable(run, path);
-}
-
-void CheckJobTicketTemplate(CheckRun& run, const AFilePath& path) {
-    CheckReadable(run, path);
 }

@@ -29,6 +29,7 @@ constexpr FieldType kTypes[kTypeCount] = {
 struct Modifier {
     char operation = '\0';
     double operand = 0;
+    std::string_view operandText;
 };
 
 struct NoValue {};
@@ -64,9 +65,10 @@ Modifier SplitModifier(std::string_view& value) {
     for (const char operation : {'+', '-', '/', '*'}) {
         const std::size_t place = value.find(operation);
         if (place == std::string_view::npos) continue;
-        const double operand = FractionWithPoint(value.substr(place + 1)).value_or(0);
+        const std::string_view operandText = value.substr(place + 1);
+        const double operand = FractionWithPoint(operandText).value_or(0);
         value = value.substr(0, place);
-        return {operation, std::isfinite(operand) ? operand : 0};
+        return {operation, std::isfinite(operand) ? operand : 0, operandText};
     }
     return {};
 }
@@ -231,6 +233,9 @@ class HeaderReader {
         std::string_view number = line.Value;
         const Modifier modifier = SplitModifier(number);
         const Value value = ReadNumber(number, type, keywords_);
+        line.Number = number;
+        line.Operation = modifier.operation;
+        line.Operand = modifier.operandText;
         if (std::holds_alternative<NoValue>(value)) {
             line.Result = HeaderLineResult::kUnknownKeyword;
             return;
@@ -256,6 +261,7 @@ class HeaderReader {
             return;
         }
         const std::string_view content = line.Value.substr(bracket + 1);
+        line.Content = content;
         const Value value = IsKeyword(content) ? ReadNumber(content, kChar, keywords_) : Value(0);
         if (std::holds_alternative<NoValue>(value)) {
             line.Result = HeaderLineResult::kUnknownKeyword;
@@ -291,6 +297,13 @@ class HeaderReader {
 
 int32_t FieldSize(int32_t typeIndex) {
     return typeIndex >= 0 && typeIndex < kTypeCount ? kTypes[typeIndex].bytes : -1;
+}
+
+std::vector<std::string_view> HeaderTypeWords() {
+    std::vector<std::string_view> words;
+    for (const FieldType& type : kTypes)
+        words.push_back(type.word);
+    return words;
 }
 
 int32_t ProcessHeaderTemplate(std::string_view text, const std::vector<HeaderKeyword>& keywords,

@@ -52,9 +52,15 @@ struct HeaderLine {
     std::string_view Type;       ///< the type word of the language
     std::string_view Value;      ///< what the field is made of, with its modifier or size
     std::size_t ValueBegin = 0;  ///< its place in the text
-    std::size_t Offset = 0;      ///< of the field in the header
-    std::size_t Size = 0;        ///< bytes; 0 when there is no field
-    bool IsText = false;         ///< a numeric field whose value is no number, so that it is 0
+    // Parts of Value: of a numeric field the number and its modifier, if there is one ('\0': none),
+    // of a char field what stands behind its size.
+    std::string_view Number;
+    char Operation = '\0';
+    std::string_view Operand;
+    std::string_view Content;
+    std::size_t Offset = 0;  ///< of the field in the header
+    std::size_t Size = 0;    ///< bytes; 0 when there is no field
+    bool IsText = false;     ///< a numeric field whose value is no number, so that it is 0
 };
 
 class HeaderLineListener {
@@ -68,6 +74,9 @@ class HeaderLineListener {
 /// Bytes of a field by the place of its type in the type table (int32, int16, int8, float, double,
 /// char): 0 for char, whose size stands in its line, and -1 for a place beyond the table.
 int32_t FieldSize(int32_t typeIndex);
+
+/// The words of the type table, in its order.
+std::vector<std::string_view> HeaderTypeWords();
 
 /// Fills `buffer`, zero behind the header, and answers the header's bytes: 0 when no line gives a
 /// field. A field that does not fit ends the header. Raises kOutputFailed for a malformed char

@@ -15,12 +15,6 @@
 
 namespace {
 
-/// Replaces the first occurrence only.
-void Replace(AString& text, std::string_view keyword, std::string_view replacement) {
-    const std::size_t place = text.find(keyword);
-    if (place != AString::npos) text.replace(place, keyword.size(), replacement);
-}
-
 /// One entry a tile; an array that the host did not give counts as zeros.
 int32_t EntryOf(const int32_t* entries, int32_t tile) {
     return entries == nullptr ? 0 : entries[tile];
@@ -67,21 +61,33 @@ AString TileBlock(const JobStatusRecord& status, int32_t pageIndex) {
     return block;
 }
 
-AString FillTicket(AString text, const TicketFacts& facts) {
+std::vector<TicketKeyword> TicketKeywords(const TicketFacts& facts) {
     AString original;
     AString printer;
     ToUtf8(facts.originalFileName, original);
     ToUtf8(facts.printerName, printer);
-    // In this order: a later keyword is looked for in what an earlier one was replaced by, too.
-    Replace(text, "QL_COPIES", std::to_string(facts.copies));
-    Replace(text, "QL_ORIGINALFILE", original);
-    Replace(text, "QL_WIDTHINDOTS", std::to_string(facts.paddedWidthPixels));
-    Replace(text, "QL_HEIGHTINDOTS", std::to_string(facts.heightLines));
-    Replace(text, "QL_WIDTHDPI", fmt::format("{:.1f}", facts.xResolution));
-    Replace(text, "QL_HEIGHTDPI", fmt::format("{:.1f}", facts.yResolution));
-    Replace(text, "QL_PRINTERNAME", printer);
-    if (facts.hasColorModeName) Replace(text, "QL_COLORMODE", facts.colorModeName);
-    Replace(text, "QL_TILES", facts.tiles);
+    std::optional<AString> colorMode;
+    if (facts.hasColorModeName) colorMode = facts.colorModeName;
+    return {
+        {"QL_COPIES", std::to_string(facts.copies)},
+        {"QL_ORIGINALFILE", original},
+        {"QL_WIDTHINDOTS", std::to_string(facts.paddedWidthPixels)},
+        {"QL_HEIGHTINDOTS", std::to_string(facts.heightLines)},
+        {"QL_WIDTHDPI", fmt::format("{:.1f}", facts.xResolution)},
+        {"QL_HEIGHTDPI", fmt::format("{:.1f}", facts.yResolution)},
+        {"QL_PRINTERNAME", printer},
+        {"QL_COLORMODE", colorMode},
+        {"QL_TILES", facts.tiles},
+    };
+}
+
+AString FillTicket(AString text, const TicketFacts& facts) {
+    // In their order: a later keyword is looked for in what an earlier one was replaced by, too.
+    for (const TicketKeyword& keyword : TicketKeywords(facts)) {
+        const std::size_t place = text.find(keyword.Name);
+        if (place != AString::npos && keyword.Replacement)
+            text.replace(place, keyword.Name.size(), *keyword.Replacement);
+    }
     return text;
 }
 

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
 
 #include "host/AFilePath.h"
 #include "host/AString.h"
@@ -26,6 +29,14 @@ int32_t ToUtf8(const AString& text, AString& out);
 
 /// The lines that place the page's tile among the tiles of the job; empty for a job without tiles.
 AString TileBlock(const JobStatusRecord& status, int32_t pageIndex);
+
+struct TicketKeyword {
+    std::string_view Name;
+    std::optional<AString> Replacement;  ///< nothing: the keyword stays
+};
+
+/// The keywords of a ticket, in the order in which they are replaced. None is part of another.
+std::vector<TicketKeyword> TicketKeywords(const TicketFacts& facts);
 
 /// A ticket template with each keyword replaced at its first occurrence; everything else stays,
 /// byte for byte.
