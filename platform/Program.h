@@ -7,6 +7,9 @@
 /// system does not tell.
 std::string ProgramFolder();
 
+/// The folder of the module (program or library) that this code is linked into, likewise.
+std::string ModuleFolder();
+
 /// Sets an environment variable of this process.
 void SetEnvironment(const char* name, const char* value);
 

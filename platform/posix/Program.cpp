@@ -1,5 +1,6 @@
 #include "platform/Program.h"
 
+#include <dlfcn.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -21,6 +22,14 @@ std::string ProgramFolder() {
     std::error_code error;
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
     return error ? std::string() : program.parent_path().string();
+}
+
+std::string ModuleFolder() {
+    Dl_info info = {};
+    if (dladdr(reinterpret_cast<const void*>(&ModuleFolder), &info) == 0) return {};
+    std::error_code error;
+    const std::filesystem::path module = std::filesystem::absolute(info.dli_fname, error);
+    return error ? std::string() : module.parent_path().string();
 }
 
 void SetEnvironment(const char* name, const char* value) {

@@ -4,6 +4,7 @@
 
 #include "PrinterDriver/Common/Xsrc/JobFault.h"
 #include "description/DriverOptions.h"
+#include "host/QLCopyFile.h"
 #include "host/Text.h"
 #include "platform/afx.h"
 #include "plugin/output/DiskSpace.h"
@@ -156,6 +157,7 @@ int32_t RTL::OpenJob(JobContext* job, int32_t reserved, HostOutput* output,
 int32_t RTL::AbortJob() {
     channels_.Abandon();
     white_.Discard();
+    preview_.Discard();
     portIsOpen_ = false;
     options_ = nullptr;
     return APageBaseRTL::AbortJob();
@@ -177,8 +179,31 @@ int32_t RTL::OpenPort(const char* folder, const char* sourceName) {
     }
     jobName_ = MakeJobName(sourceName);
     if (!folder_.SetUp(folder, jobName_, model_.CreateFolder != 0)) return 0;
+    CopyThumbnail();
     portIsOpen_ = true;
     return 1;
+}
+
+/// The host's picture of the job, where it gives one; the first page's preview takes its place.
+void RTL::CopyThumbnail() const {
+    if (pageInfo_->ThumbnailPath[0] == '\0') return;
+    const AFilePath thumbnail(pageInfo_->ThumbnailPath);
+    if (thumbnail.exists()) QLCopyFile(thumbnail, folder_.File(PreviewFileName(model_, jobName_)));
+}
+
+void RTL::StartPreview() {
+    std::vector<AString> separations;
+    for (const AColorant* separation : track_->Separations)
+        separations.push_back(separation->InternalName);
+    preview_.StartPage(model_,
+                       {.sourceWidth = track_->SourceWidth,
+                        .sourceRows = track_->SourceRows,
+                        .xResolution = track_->TargetXResolution,
+                        .yResolution = track_->TargetYResolution,
+                        .lineBytes = lineBytes_,
+                        .bits = track_->MaximumBits,
+                        .planes = PreviewPlanes(separations)},
+                       folder_.File(PreviewFileName(model_, jobName_)).fullPath());
 }
 
 void RTL::InitBandOrder() {
@@ -200,6 +225,7 @@ int32_t RTL::StartPage() {
     lineBytes_ = static_cast<int32_t>(lineBytes);
     if (model_.HasJobTicket != 0) WriteJobTicket();  // the page goes on without
     if (model_.HeaderAtEndRip == 0) WriteHeader();
+    StartPreview();
     CheckDiskSpace();
     channels_.StartPage({.lineBytes = lineBytes_,
                          .heightLines = track_->OutputRows,
@@ -312,6 +338,7 @@ int32_t RTL::OpenChannelFile(uint32_t separation, int32_t channel, const AString
 
 int32_t RTL::OutputBand(uint32_t separation, int32_t row, const uint8_t* data) {
     white_.AddLine(separation, row, data);
+    preview_.AddLine(separation, row, data);
     // No row begins a channel when the channels come by turns, so the first line does.
     if (track_->Order == kLineInterleaved && row == 0) MarkChannelUsed(separation);
     const bool gathering = channels_.IsGathering();
@@ -340,6 +367,7 @@ int32_t RTL::EndPage() {
     }
     WriteWhiteChannel();
     folder_.LeaveTile();
+    preview_.Save();
     channels_.Close();
     if (model_.HeaderAtEndRip != 0) WriteHeader();
     return 1;

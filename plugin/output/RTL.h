@@ -5,6 +5,7 @@
 #include "description/ModelOutputSettings.h"
 #include "plugin/output/ChannelFiles.h"
 #include "plugin/output/PageFolder.h"
+#include "plugin/output/PagePreview.h"
 #include "plugin/output/WhiteInk.h"
 
 /// This plug-in's writer: answers capability queries from the model's description and writes a
@@ -72,6 +73,8 @@ class RTL : public APageBaseRTL {
     ChannelNaming PageNaming() const;
     bool IsWhitePlain() const;
     void WriteWhiteChannel();
+    void StartPreview();
+    void CopyThumbnail() const;
     void CheckDiskSpace();
     [[noreturn]] void RaiseWriteDataError();
 
@@ -82,6 +85,7 @@ class RTL : public APageBaseRTL {
     PageFolder folder_;
     ChannelFiles channels_;
     WhiteInk white_;
+    PagePreview preview_;
     int32_t channelCount_ = 4;  ///< colorants of the job's colour mode
     int32_t lineBytes_ = 0;     ///< of one line of one channel
     bool portIsOpen_ = false;

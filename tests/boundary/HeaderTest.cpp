@@ -10,9 +10,8 @@ class HeaderTest : public BoundaryTest {
   protected:
     void InstallHeader(const std::string& rules, const std::string& parameters) {
         Model model = NumberedModel(4, rules);
-        std::string description = Describe(model);
-        description = Replaced(description, rules + "/>", rules + ">" + parameters + "</Model>");
-        Install(description);
+        model.OutputElements += parameters;
+        Install(Describe(model));
     }
     void WriteTemplate(const std::string& text) {
         WriteText(folder.Base() / "OutputDrivers/HeaderTemplates/t.txt", text);

@@ -16,7 +16,7 @@ constexpr const char* kDescription = R"(<Description>
 </ResolutionList>
 <ColorList>{}</ColorList><ColorModeList>{}</ColorModeList>
 </Definition>
-<ModelList><Model Name="{}" {}/></ModelList>
+<ModelList><Model Name="{}" {}>{}</Model></ModelList>
 </Description>)";
 
 }  // namespace
@@ -42,11 +42,14 @@ std::string Describe(const Model& model) {
             "<ColorantList>{1}</ColorantList></Item>",
             i, colorants);
     }
-    return fmt::format(kDescription, colours, modes, kModelName, model.OutputRules);
+    return fmt::format(kDescription, colours, modes, kModelName, model.OutputRules,
+                       model.OutputElements);
 }
 
 Model NumberedModel(int count, const std::string& outputRules, const std::string& extension) {
-    Model model{{}, {{}}, outputRules};
+    Model model;
+    model.ColorModes = {{}};
+    model.OutputRules = outputRules;
     for (int i = 0; i < count; ++i) {
         const std::string name = fmt::format("C{}", i + 1);
         model.Colours.push_back({name, fmt::format("filename_{}.{}", name, extension)});

@@ -15,6 +15,8 @@ struct Model {
     std::vector<Colour> Colours;
     std::vector<std::vector<int>> ColorModes;  ///< positions in the colour list
     std::string OutputRules{};                 ///< attributes of the model's output rules
+    /// Elements of the output rules; without more the pages have no preview.
+    std::string OutputElements{"<PreviewParam sizeV=\"0\"/>"};
 };
 
 inline constexpr const char* kModelName = "Roller 64";

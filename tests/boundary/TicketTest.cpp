@@ -9,9 +9,9 @@ constexpr const char* kMessage = "Cannot create job ticket file";
 class TicketTest : public BoundaryTest {
   protected:
     void SetUp() override {
-        const std::string rules = R"(CreateFolder="No")";
-        Install(Replaced(Describe(NumberedModel(2, rules)), rules + "/>",
-                         rules + R"(><JobTicketParam name="t.xml"/></Model>)"));
+        Model model = NumberedModel(2, R"(CreateFolder="No")");
+        model.OutputElements += R"(<JobTicketParam name="t.xml"/>)";
+        Install(Describe(model));
     }
     std::filesystem::path Template() const {
         return folder.Base() / "OutputDrivers/JobTicketTemplates/t.xml";

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "description/ModelOutputSettings.h"
+#include "host/AString.h"
+#include "preview/Image_Writer.h"
+#include "preview/PreviewScaler.h"
+
+/// File name of a page's preview and of the host's thumbnail.
+AString PreviewFileName(const ModelOutputSettings& model, const AString& jobName);
+
+/// The plane that each separation of a page feeds, by their internal names; -1 for none. The
+/// process inks feed their own; on a page without any the first four separations do, in order.
+std::vector<int32_t> PreviewPlanes(const std::vector<AString>& separations);
+
+/// What a page is to its preview.
+struct PreviewPage {
+    int32_t sourceWidth = 0;  ///< pixels
+    int32_t sourceRows = 0;
+    int32_t xResolution = 0;  ///< of the target, in whole dots per inch
+    int32_t yResolution = 0;
+    int32_t lineBytes = 0;
+    int32_t bits = 1;             ///< per pixel
+    std::vector<int32_t> planes;  ///< see PreviewPlanes
+};
+
+/// The preview of one page, from its first line to its file. An optional output: where it cannot be
+/// made, the page goes on without.
+class PagePreview {
+  public:
+    /// Begins a page whose preview goes to `path`. A size that no preview has gives none.
+    void StartPage(const ModelOutputSettings& model, PreviewPage page, const AString& path);
+    void AddLine(uint32_t separation, int32_t row, const uint8_t* line);
+    /// Saves the picture and ends the page.
+    void Save();
+    /// Ends the page without.
+    void Discard();
+
+  private:
+    AString path_;
+    PreviewPage page_;
+    std::unique_ptr<Image_Writer> writer_;
+    std::unique_ptr<PreviewScaler> scaler_;
+};

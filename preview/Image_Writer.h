@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "host/AString.h"
+#include "platform/Stream.h"
+
+/// Holds a picture and writes it to a file in one step. This one knows no format: its file holds a
+/// 32-bit word a pixel, 0x00RRGGBB, row after row.
+class Image_Writer {
+  public:
+    Image_Writer() = default;
+    virtual ~Image_Writer();
+    Image_Writer(const Image_Writer&) = delete;
+    Image_Writer& operator=(const Image_Writer&) = delete;
+
+    /// Makes a black picture of `width` x `height` pixels, to be saved as the file `name`.
+    virtual void Create(const AString& name, int width, int height);
+    /// Does nothing outside the picture.
+    virtual void SetPixel(int x, int y, unsigned char r, unsigned char g, unsigned char b);
+    /// Writes the file. 0 when it cannot be opened, else 1.
+    virtual int Save();
+
+  protected:
+    void SetSize(const AString& name, int width, int height);
+    bool IsInside(int x, int y) const { return x >= 0 && x < width_ && y >= 0 && y < height_; }
+    bool OpenFile();
+
+    AString name_;
+    Stream file_;  ///< open only while the picture is saved
+    int width_ = 0;
+    int height_ = 0;
+
+  private:
+    std::vector<std::vector<uint32_t>> rows_;
+};
