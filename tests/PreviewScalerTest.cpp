@@ -1,0 +1,198 @@
+// The preview scaler against the evaluation pixel by pixel that it stands for.
+
+#include "preview/PreviewScaler.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <random>
+
+#include "preview/convertCMYKtoRGB.h"
+
+namespace {
+
+struct PageShape {
+    int width, height, bits;
+    int xResolution, yResolution;
+    int previewWidth, previewHeight;  ///< height 0: best fit
+};
+
+/// A picture in memory.
+class Canvas final : public Image_Writer {
+  public:
+    void Create(const AString& /*name*/, int width, int height) override {
+        Width = width;
+        Height = height;
+        Pixels.assign(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), {});
+    }
+    void SetPixel(int x, int y, unsigned char r, unsigned char g, unsigned char b) override {
+        Pixels.at(static_cast<std::size_t>(y) * static_cast<std::size_t>(Width) +
+                  static_cast<std::size_t>(x)) = {r, g, b};
+    }
+    int Save() override { return 1; }
+
+    int Width = 0;
+    int Height = 0;
+    std::vector<std::array<int, 3>> Pixels;
+};
+
+/// The evaluation pixel by pixel: a bilinear update of four cells for each pixel with ink.
+class DirectScaler {
+  public:
+    explicit DirectScaler(const PreviewGeometry& geometry) : geometry_(geometry) {
+        for (auto& plane : planes_)
+            plane.assign(Rows() * Columns(), 0.0);
+    }
+    void AddRow(int row, const std::vector<uint8_t>& line, int bits, std::size_t plane) {
+        int counter = 0;
+        const uint32_t mask = (1U << bits) - 1;
+        for (const uint8_t byte : line) {
+            for (int shift = 0; shift < 8; shift += bits, ++counter) {
+                const uint32_t value = static_cast<uint32_t>(byte) >> shift & mask;
+                if (value == 0) continue;
+                const int intensity = 255 / (bits + 1 - std::popcount(value));
+                AddSample(geometry_.sourceWidth - 1 - counter, geometry_.sourceHeight - 1 - row,
+                          plane, intensity);
+            }
+        }
+    }
+    std::array<int, 3> Pixel(int x, int y) const {
+        double inks[4];
+        for (std::size_t plane = 0; plane < 4; ++plane)
+            inks[plane] = planes_[plane][static_cast<std::size_t>(y) * Columns() +
+                                         static_cast<std::size_t>(x)] *
+                          (geometry_.scaleX * geometry_.scaleY);
+        std::array<int, 3> rgb;
+        for (std::size_t i = 0; i < 3; ++i)
+            rgb[i] =
+                255 - static_cast<int>(std::min(255.0, inks[i] * (1 - inks[3] / 255) + inks[3]));
+        return rgb;
+    }
+
+  private:
+    std::size_t Columns() const { return static_cast<std::size_t>(geometry_.previewWidth) + 1; }
+    std::size_t Rows() const { return static_cast<std::size_t>(geometry_.previewHeight) + 1; }
+    void AddSample(int x, int y, std::size_t plane, int intensity) {
+        if (x < 0 || x >= geometry_.sourceWidth || y < 0 || y >= geometry_.sourceHeight) return;
+        const double fx = x * geometry_.scaleX + geometry_.offsetX;
+        const double fy = y * geometry_.scaleY + geometry_.offsetY;
+        const auto column = static_cast<std::size_t>(fx);
+        const auto row = static_cast<std::size_t>(fy);
+        const double dx = fx - static_cast<double>(column);
+        const double dy = fy - static_cast<double>(row);
+        double* const cell = planes_[plane].data() + row * Columns() + column;
+        cell[0] += (1 - dx) * (1 - dy) * intensity;
+        cell[1] += dx * (1 - dy) * intensity;
+        cell[Columns()] += (1 - dx) * dy * intensity;
+        cell[Columns() + 1] += dx * dy * intensity;
+    }
+
+    PreviewGeometry geometry_;
+    std::array<std::vector<double>, 4> planes_;
+};
+
+TEST(PreviewScaler, DiffersFromTheDirectEvaluationByOneLevelAtMost) {
+    const PageShape shapes[] = {
+        {1000, 700, 1, 300, 300, 50, 0},  {1001, 333, 1, 600, 300, 64, 40},
+        {333, 1999, 1, 300, 600, 100, 0}, {4001, 60, 1, 720, 360, 500, 500},
+        {97, 89, 1, 1, 1, 200, 200},      {200, 50, 1, 0, 300, 199, 120},
+        {640, 480, 2, 300, 300, 77, 0},   {641, 479, 4, 360, 720, 80, 33},
+        {643, 481, 8, 300, 300, 500, 0},  {50, 60, 8, 300, 300, 70, 70},
+        {5000, 5, 1, 300, 300, 30, 0},    {7, 6000, 1, 300, 300, 1, 1},
+        {63, 65, 2, 300, 300, 64, 0},     {1, 1, 1, 300, 300, 1, 0},
+    };
+    for (const PageShape& shape : shapes) {
+        SCOPED_TRACE(testing::Message() << shape.width << "x" << shape.height << ", " << shape.bits
+                                        << " bits in " << shape.previewWidth);
+        PreviewScaler scaler;
+        if (shape.previewHeight == 0)
+            scaler.InitBestFit(shape.previewWidth, shape.width, shape.height, shape.xResolution,
+                               shape.yResolution);
+        else
+            scaler.Init(shape.previewWidth, shape.previewHeight, shape.width, shape.height,
+                        shape.xResolution, shape.yResolution);
+        DirectScaler direct(scaler.Geometry());
+        std::mt19937 random(static_cast<uint32_t>(shape.width));
+        const int lineBytes = (shape.width + 31) / 32 * 4 * shape.bits;
+        for (int plane = 0; plane < 4; ++plane) {
+            for (int row = -1; row <= shape.height; ++row) {
+                std::vector<uint8_t> line(static_cast<std::size_t>(lineBytes));
+                for (uint8_t& byte : line)
+                    byte = static_cast<uint8_t>(random() & (plane % 2 == 0 ? random() : 0xFF));
+                if (row == 3 && plane == 1) continue;  // a line that never comes
+                scaler.AddRow(row, line.data(), lineBytes, shape.bits, plane);
+                direct.AddRow(row, line, shape.bits, static_cast<std::size_t>(plane));
+            }
+        }
+        const std::vector<uint8_t> full(static_cast<std::size_t>(lineBytes), 0xFF);
+        scaler.AddRow(0, full.data(), lineBytes, shape.bits, 4);
+        Canvas canvas;
+        scaler.Render("", &canvas, 0);
+        ASSERT_EQ(canvas.Width, scaler.Geometry().previewWidth);
+        int worst = 0;
+        for (int y = 0; y < canvas.Height; ++y) {
+            for (int x = 0; x < canvas.Width; ++x) {
+                const auto expected = direct.Pixel(x, y);
+                const auto& pixel = canvas.Pixels[static_cast<std::size_t>(y * canvas.Width + x)];
+                for (std::size_t i = 0; i < 3; ++i)
+                    worst = std::max(worst, std::abs(pixel[i] - expected[i]));
+            }
+        }
+        EXPECT_LE(worst, 1);
+    }
+}
+
+TEST(PreviewScaler, Geometry) {
+    const struct {
+        int size, width, height, x, y;
+        int previewWidth, previewHeight;
+    } cases[] = {
+        {500, 2000, 1000, 300, 300, 500, 250}, {500, 1000, 2000, 300, 300, 250, 500},
+        {500, 1000, 1000, 720, 360, 250, 500}, {500, 1000, 1000, 0, 360, 500, 500},
+        {500, 100000, 10, 300, 300, 500, 1},
+    };
+    for (const auto& [size, width, height, x, y, previewWidth, previewHeight] : cases) {
+        const PreviewGeometry fit = FitBest(size, width, height, x, y);
+        EXPECT_EQ(fit.previewWidth, previewWidth) << width;
+        EXPECT_EQ(fit.previewHeight, previewHeight) << width;
+    }
+    const PreviewGeometry small = FitIntoBox(500, 400, 100, 100, 720, 360);
+    EXPECT_EQ(small.scaleX, 1);
+    EXPECT_EQ(small.scaleY, 1);
+    EXPECT_EQ(small.offsetX, 200);
+    EXPECT_EQ(small.offsetY, 150);
+}
+
+TEST(PreviewScaler, FlippedRenderingTurnsTheRowsOver) {
+    PreviewScaler scaler;
+    scaler.Init(3, 3, 2, 2, 1, 1);
+    const uint8_t line = 0x01;
+    scaler.AddRow(0, &line, 1, 1, 3);
+    Canvas upright;
+    Canvas flipped;
+    scaler.Render("", &upright, 0);
+    scaler.Render("", &flipped, 1);
+    for (std::size_t y = 0; y < 3; ++y)
+        for (std::size_t x = 0; x < 3; ++x)
+            EXPECT_EQ(upright.Pixels[y * 3 + x], flipped.Pixels[(2 - y) * 3 + x]);
+    EXPECT_NE(upright.Pixels, flipped.Pixels);
+}
+
+TEST(ConvertCmykToRgb, Bytes) {
+    convertCMYKtoRGB converter;
+    const unsigned char cmyk[4] = {255, 100, 0, 51};
+    unsigned char rgb[3];
+    converter.ConvertCMYKBytes(cmyk, rgb);
+    EXPECT_EQ(rgb[0], 0);
+    EXPECT_EQ(rgb[1], 124);
+    EXPECT_EQ(rgb[2], 204);
+    converter.ConvertCMY(cmyk, rgb);
+    EXPECT_EQ(rgb[1], 155);
+    converter.ConvertCMYK(300, 99.9, 0, 0.5, rgb, rgb + 1, rgb + 2);
+    EXPECT_EQ(rgb[0], 0);
+    EXPECT_EQ(rgb[1], 255 - 100);
+    EXPECT_EQ(rgb[2], 255);
+}
+
+}  // namespace
