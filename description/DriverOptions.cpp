@@ -10,6 +10,7 @@
 #include "host/AFilePath.h"
 #include "host/AXMLTree.h"
 #include "host/FSGanerateID.h"
+#include "host/FileBytes.h"
 #include "host/Numbers.h"
 #include "host/Text.h"
 #include "platform/PathRules.h"
@@ -123,6 +124,25 @@ void WriteDriverOptions(DriverOptionBlock& block, int32_t whiteType) {
     if (!path || !LoadOptions(document, *path) || !FindOptions(document, options)) return;
     document.setAttribute(options, kAttribute, std::to_string(whiteType));
     document.saveToFile(*path);  // a failed save leaves the file as it was
+}
+
+DriverOptionsSnapshot::DriverOptionsSnapshot(const DriverOptionBlock& block) : block_(block) {
+    if (const auto name = OptionsName(block)) {
+        path_ = OptionsPath(kNewFileFolder, *name);
+        content_ = ReadFileBytes(*path_);
+    }
+}
+
+void DriverOptionsSnapshot::Restore(DriverOptionBlock& block) const {
+    const auto name = OptionsName(block);
+    const bool isOther =
+        name && (!path_ || OptionsPath(kNewFileFolder, *name).fullPath() != path_->fullPath());
+    if (isOther) {
+        const AFilePath made = OptionsPath(kNewFileFolder, *name);
+        if (made.exists()) AFile::DeleteFileA(made, 1);
+    }
+    if (content_ && ReadFileBytes(*path_) != content_) ReplaceFileBytes(*path_, *content_);
+    block = block_;
 }
 
 bool DecodeDriverOptionsText(const char* text, DriverOptionBlock& block) {

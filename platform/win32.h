@@ -24,6 +24,8 @@ using HWND = void*;
 using HINSTANCE = void*;
 using HMODULE = HINSTANCE;
 using FARPROC = void (*)();
+using WPARAM = std::uintptr_t;
+using LPARAM = std::intptr_t;
 
 union ULARGE_INTEGER {
     std::uint64_t QuadPart;
@@ -50,6 +52,8 @@ inline constexpr UINT MB_OK = 0;
 inline constexpr UINT MB_SETFOREGROUND = 0x00010000;
 inline constexpr int IDOK = 1;
 inline constexpr int IDCANCEL = 2;
+inline constexpr int SW_HIDE = 0;
+inline constexpr int SW_SHOW = 5;
 
 /// All bits set: a closed or refused file handle.
 #define INVALID_HANDLE_VALUE (reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(-1)))
@@ -86,8 +90,8 @@ BOOL CopyFileA(const char* from, const char* to, BOOL failIfExists);
 /// Milliseconds since the system started; wraps after 49.7 days.
 DWORD GetTickCount();
 
-/// Shows a modal message; without a window system it goes to standard error and IDOK is answered
-/// at once.
+/// Shows a modal message in a window where windows can be opened, else on standard error, where
+/// IDOK is answered at once.
 int MessageBoxA(HWND owner, const char* text, const char* caption, UINT type);
 
 /// Copies string resource `id` of `module` (at most `size` - 1 characters, terminated); answers

@@ -4,6 +4,7 @@
 #include "host/Text.h"
 #include "platform/afx.h"
 #include "plugin/output/RTL.h"
+#include "ui/CDriverOptionDialogFS.h"
 
 namespace {
 
@@ -24,17 +25,18 @@ float CDriver::GetDriverValue() {
 }
 
 int32_t CDriver::ShowDriverOptions(DriverOptionBlock* options, int32_t mode,
-                                   PrintSettings* settings, HWND /*parent*/) {
+                                   PrintSettings* settings, HWND parent) {
     const AFX_MAINTAIN_STATE2 moduleState(AfxGetStaticModuleState());
     if (options == nullptr || settings == nullptr) return 0;
     try {
-        return EditOptions(*options, mode, *settings);
+        return EditOptions(*options, mode, *settings, parent);
     } catch (...) {  // nothing may leave the library
         return 0;
     }
 }
 
-int32_t CDriver::EditOptions(DriverOptionBlock& options, int32_t mode, PrintSettings& settings) {
+int32_t CDriver::EditOptions(DriverOptionBlock& options, int32_t mode, PrintSettings& settings,
+                             HWND parent) {
     int32_t mediaIndex = settings.MediaIndex;
     ResolveMediaIndex(&settings, mediaIndex, &mediaIndex);
     settings.MediaIndex = mediaIndex;
@@ -49,5 +51,6 @@ int32_t CDriver::EditOptions(DriverOptionBlock& options, int32_t mode, PrintSett
                  FieldText(earlier.ManufacturerName, sizeof earlier.ManufacturerName));
     }
     EnsureDriverOptions(&options);
+    EditDriverOptions(parent, options, settings);
     return 1;
 }

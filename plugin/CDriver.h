@@ -16,5 +16,6 @@ class CDriver : public ABasePrinterDriverImp {
     float GetDriverValue() override;
 
   private:
-    int32_t EditOptions(DriverOptionBlock& options, int32_t mode, PrintSettings& settings);
+    int32_t EditOptions(DriverOptionBlock& options, int32_t mode, PrintSettings& settings,
+                        HWND parent);
 };

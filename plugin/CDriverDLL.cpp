@@ -1,5 +1,7 @@
 #include "plugin/CDriverDLL.h"
 
+#include "ui/OptionsDialogTemplate.h"
+
 namespace {
 
 CDriverDLL theDriverLibrary;
@@ -14,6 +16,7 @@ CDriverDLL::~CDriverDLL() = default;
 BOOL CDriverDLL::InitInstance() {
     CWinApp::InitInstance();
     resourceLibrary_ = nullptr;
+    AfxSetModuleDialog(OptionsDialogTemplate());
     return TRUE;
 }
 

@@ -2,8 +2,10 @@
 
 #include "host/Records.h"
 #include "platform/Export.h"
+#include "platform/HostPage.h"
 #include "platform/afx.h"
 #include "plugin/CDriver.h"
+#include "ui/CDriverOptionDialog.h"
 
 extern "C" {
 
@@ -11,7 +13,8 @@ extern "C" {
 /// cannot be made.
 PLATFORM_EXPORT ABasePrinterDriver* createNewPrinterDriver() noexcept;
 
-/// The options page for the host's settings sheet; null when there is none.
+/// A new options page for the host's settings sheet, which the host owns; null when it cannot be
+/// made. The page borrows both records.
 PLATFORM_EXPORT void* createDriverPage(DriverOptionBlock* options,
                                        PrintSettings* settings) noexcept;
 }
@@ -25,7 +28,12 @@ ABasePrinterDriver* createNewPrinterDriver() noexcept {
     }
 }
 
-void* createDriverPage(DriverOptionBlock* /*options*/, PrintSettings* /*settings*/) noexcept {
+void* createDriverPage(DriverOptionBlock* options, PrintSettings* settings) noexcept {
     const AFX_MAINTAIN_STATE2 moduleState(AfxGetStaticModuleState());
-    return nullptr;
+    if (options == nullptr) return nullptr;
+    try {
+        return AfxPageForHost(std::make_unique<CDriverOptionDialog>(nullptr, options, settings));
+    } catch (...) {
+        return nullptr;
+    }
 }

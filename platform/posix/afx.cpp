@@ -58,6 +58,10 @@ void AfxSetModuleStrings(const AfxStringTable& table) {
     AfxGetStaticModuleState()->m_hCurrentResourceHandle = const_cast<AfxStringTable*>(&table);
 }
 
+void AfxSetModuleDialog(const DialogTemplate& dialog) {
+    AfxGetStaticModuleState()->m_pDialog = &dialog;
+}
+
 AfxModuleLife::AfxModuleLife(CWinApp& app) : app_(app) {
     app_.InitInstance();
 }

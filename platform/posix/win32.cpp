@@ -230,7 +230,9 @@ DWORD GetTickCount() {
     return static_cast<DWORD>(milliseconds);
 }
 
-int MessageBoxA(HWND /*owner*/, const char* text, const char* caption, UINT /*type*/) {
+int MessageBoxA(HWND owner, const char* text, const char* caption, UINT type) {
+    if (WindowSystem* const windows = OpenWindowSystem())
+        return windows->ShowMessage(owner, text, caption, type);
     if (caption != nullptr && *caption != '\0') {
         std::fprintf(stderr, "%s: %s\n", caption, text);
     } else {

@@ -103,6 +103,10 @@ int32_t RTL::EnsureDriverOptions(DriverOptionBlock* options) {
     return 1;
 }
 
+int32_t RTL::ReadOutputSettings(const PrintSettings& settings) {
+    return ReadModelOutputSettings(description_, settings, model_);
+}
+
 int32_t RTL::LoadDriverOptions(DriverOptionBlock* block, int32_t load) {
     if (block == nullptr) return 0;
     if (load == kReadOptions) return ReadDriverOptions(*block, model_.SupportWhiteType);

@@ -49,6 +49,13 @@ class RTL : public APageBaseRTL {
     int32_t EndChannel(uint32_t separation, int32_t row) override;
     void InitBandOrder() override;
 
+    /// Reads the model's output rules, for whoever asks what the model offers without a job. 1, or
+    /// 0 when they cannot be read.
+    int32_t ReadOutputSettings(const PrintSettings& settings);
+    const ModelOutputSettings& OutputSettings() const { return model_; }
+    /// The white choice that the next write of the options stores; -1 for none.
+    void SetSupportWhiteType(int32_t whiteType) { model_.SupportWhiteType = whiteType; }
+
     /// Reads (`load` 1) or writes (0) the white choice in the block's options file. 1 when it was
     /// read, else 0.
     virtual int32_t LoadDriverOptions(DriverOptionBlock* block, int32_t load);

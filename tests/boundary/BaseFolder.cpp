@@ -57,7 +57,8 @@ std::vector<std::string> BaseFolder::Messages() const {
     std::vector<std::string> texts;
     for (const std::string& line : Lines(root_ / "messages")) {
         const auto message = nlohmann::json::parse(line);
-        const bool plain = message.at("caption").get<std::string>().empty() &&
+        const bool plain = message.contains("text") &&
+                           message.at("caption").get<std::string>().empty() &&
                            message.at("owner") == 0u && message.at("type") == kPlainMessage;
         texts.push_back(plain ? message.at("text").get<std::string>() : message.dump());
     }

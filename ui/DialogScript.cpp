@@ -1,0 +1,69 @@
+#include "ui/DialogScript.h"
+
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "host/FileBytes.h"
+#include "host/Numbers.h"
+#include "platform/CodePage.h"
+#include "ui/messages/MessageFile.h"
+
+namespace {
+
+void Report(DialogSurface& dialog) {
+    const DialogTemplate& shape = dialog.Template();
+    nlohmann::ordered_json report = {{"dialog", shape.Id},
+                                     {"items", nlohmann::ordered_json::array()},
+                                     {"selection", dialog.Selection()},
+                                     {"visible", nlohmann::ordered_json::array()}};
+    for (const std::string& item : dialog.Items())
+        report["items"].push_back(AnsiToUtf8(item));
+    for (std::size_t i = 0; i < shape.ControlCount; ++i)
+        if (dialog.IsVisible(shape.Controls[i].Id))
+            report["visible"].push_back(shape.Controls[i].Id);
+    AppendToMessageFile(report.dump());
+}
+
+/// The number behind a command's word; nothing for another command.
+std::optional<int32_t> Argument(std::string_view line, std::string_view word) {
+    if (!line.starts_with(word)) return std::nullopt;
+    return LeadingDecimal(line.substr(word.size()));
+}
+
+/// Answers a dialog line by line.
+class DialogScript final : public DialogRunner {
+  public:
+    explicit DialogScript(std::string text) : text_(std::move(text)) {}
+
+    void RunDialog(DialogSurface& dialog, HWND /*owner*/) override {
+        Report(dialog);
+        std::string_view rest = text_;
+        while (!rest.empty() && !dialog.HasEnded()) {
+            const std::size_t end = rest.find('\n');
+            Do(rest.substr(0, end), dialog);
+            rest = end == std::string_view::npos ? std::string_view() : rest.substr(end + 1);
+            if (!dialog.HasEnded()) Report(dialog);
+        }
+        if (!dialog.HasEnded()) dialog.Press(IDCANCEL);
+    }
+
+  private:
+    static void Do(std::string_view line, DialogSurface& dialog) {
+        if (const auto position = Argument(line, "select ")) dialog.Select(*position);
+        if (const auto id = Argument(line, "press ")) dialog.Press(*id);
+    }
+
+    std::string text_;
+};
+
+}  // namespace
+
+int RunByScriptOrWindow(CDialog& dialog) {
+    const char* const path = std::getenv("QL_DIALOG_SCRIPT");
+    if (path == nullptr || *path == '\0') return dialog.DoModal();
+    DialogScript script(ReadFileBytes(AFilePath(path)).value_or(""));
+    return dialog.RunModal(script);
+}
