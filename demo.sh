@@ -68,9 +68,9 @@ cat <<TEXT
 The channels lie in $top/$demo/printed:
   roll/     Fenland R4: a folder per document, one TIFF file per ink, 1 bit per pixel
   flatbed/  Fenland F8: one raw file per ink of 2 bits, bottom line first; white and varnish, or eight inks
-  white/    Fenland W6: six inks of 2 bits on clear acrylic
+  white/    Fenland W6: six inks of 2 bits and the white under them; header and job ticket beside
   wide/     Fenland T4: a banner of three metres, read line by line through its four channels
-  film/     Fenland S1: one channel at 2400 dpi
+  film/     Fenland S1: one channel at 2400 dpi, and its header
 and pictures made from them in $top/$demo/proofs.
 Any imaging tool opens the TIFF channels, for example
   tiffinfo $demo/printed/roll/harbour/harbour_C.tif
