@@ -9,6 +9,7 @@
 #include "driverhost/CommandTree.h"
 #include "driverhost/DiffCommand.h"
 #include "driverhost/HelpCommands.h"
+#include "driverhost/HalftoneCommand.h"
 #include "driverhost/HostError.h"
 #include "driverhost/InspectCommand.h"
 #include "driverhost/MakeJobCommand.h"
@@ -64,6 +65,7 @@ int Run(int argc, char** argv) {
     app.parse_complete_callback([&base] { SetBaseFolder(base); });
     AddModelsCommand(tree);
     AddCapabilitiesCommand(tree);
+    AddHalftoneCommand(tree);
     AddMakeJobCommand(tree);
     AddRunCommand(tree);
     AddInspectCommand(tree);

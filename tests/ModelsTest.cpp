@@ -55,14 +55,26 @@ TEST_F(DriverHost, PrintsEveryColorModeOfEveryModel) {
             ASSERT_EQ(made.Status, 0) << made.Output;
             const Outcome run = Host({"run", "job", "--out", fmt::format("{}-{}", name, position)});
             EXPECT_EQ(run.Status, 0) << run.Output;
+            Arguments halftone = {"halftone", name,     "--manufacturer", "Fenland",
+                                  "--json",   "--plot", "plot.png"};
+            halftone.insert(halftone.end(), choice.begin(), choice.end());
+            const Outcome screens = Host(halftone);
+            ASSERT_EQ(screens.Status, 0) << screens.Output;
+            const json dither = json::parse(screens.Output).at("dither");
+            EXPECT_TRUE(dither.at("fromFile") || dither.at("source").is_null()) << dither;
         }
     }
 }
 
-TEST_F(DriverHost, ShipsADescriptionThatIsItsSource) {
-    const std::string source = ReadText(MODELS_FOLDER "/sources/FenlandF8.xml");
-    const Outcome decoded = Shell("gzip -dc < '" MODELS_FOLDER "/OutputDrivers/FenlandF8.xml'");
-    EXPECT_TRUE(decoded.Status == 0 && decoded.Output == source);
+TEST_F(DriverHost, ShipsEncodedFilesThatAreTheirSources) {
+    for (const auto& [name, folder] :
+         {std::pair("FenlandF8.xml", ""), std::pair("FenlandF8Dither.xml", "Halftone/"),
+          std::pair("FenlandF8Screening.xml", "Halftone/")}) {
+        const std::string source = ReadText(fs::path(MODELS_FOLDER "/sources") / name);
+        const Outcome decoded =
+            Shell(fmt::format("gzip -dc < '{}/OutputDrivers/{}{}'", MODELS_FOLDER, folder, name));
+        EXPECT_TRUE(decoded.Status == 0 && decoded.Output == source) << name;
+    }
 }
 
 }  // namespace
