@@ -7,9 +7,6 @@
 
 namespace {
 
-/// An `ID` is read up to this length.
-constexpr std::size_t kMostIDCharacters = 255;
-
 AString EntryID(const AXMLTree& document, const AXMLTreeNode& node) {
     return document.getAttribute(node, "ID").substr(0, kMostIDCharacters);
 }

@@ -23,6 +23,9 @@ struct HalftoneReading {
     std::vector<HalftoneEntry> Entries;  ///< what served, from the model down
 };
 
+/// An `ID` is read up to this length.
+inline constexpr std::size_t kMostIDCharacters = 255;
+
 /// The `ID` that stands for every value that no other entry of its level lists.
 inline constexpr const char* kDefaultEntryID = "Default";
 

@@ -51,12 +51,21 @@ std::optional<std::string> DriverRefusal(const std::string& description);
 /// An options file, in one of the settings folders.
 void CheckOptionsFile(CheckRun& run, const AFilePath& path);
 
-/// A manufacturers' list (`Ditherparams.xml` or `ScreeningParams.xml`) and the files that it names.
+/// What a parameter file is for, as far as the files that name it say.
+struct ParameterFileUse {
+    enum class Kind { kEither, kDither, kScreening };
+    Kind Leaves = Kind::kEither;
+    std::vector<std::string> Models;  ///< that a map leads to it; empty: any
+};
+
+/// A manufacturers' list (`Ditherparams.xml` or `ScreeningParams.xml`), the parameters of everyone
+/// else in it, and the files that it names.
 void CheckManufacturerList(CheckRun& run, const AFilePath& path);
 /// A model map and the parameter files that it names.
-void CheckModelMap(CheckRun& run, const AFilePath& path);
-/// A parameter file of either kind. Only that it can be read and holds parameters.
-void CheckParameterFile(CheckRun& run, const AFilePath& path);
+void CheckModelMap(CheckRun& run, const AFilePath& path,
+                   ParameterFileUse::Kind leaves = ParameterFileUse::Kind::kEither);
+/// A parameter file.
+void CheckParameterFile(CheckRun& run, const AFilePath& path, const ParameterFileUse& use = {});
 
 /// A header template, a job-ticket template: lines and keywords that the driver passes over.
 void CheckHeaderTemplate(CheckRun& run, const AFilePath& path);

@@ -1,26 +1,9 @@
-// Files of which little is to be said: options files and halftone lists.
+// What the kinds of files share, and options files, of which little is to be said.
 
 #include <fmt/format.h>
 
 #include "driverhost/check/FileChecks.h"
-#include "host/Text.h"
 #include "platform/CodePage.h"
-
-namespace {
-
-using Known = CheckedDocument::Known;
-
-/// Follows an attribute that names a file below `OutputDrivers`. The path, when there is a file.
-std::optional<AFilePath> FollowAttribute(CheckRun& run, const CheckedDocument& document,
-                                         const pugi::xml_node& node, const char* attribute) {
-    const AFilePath path =
-        AFilePath().Append("OutputDrivers").Append(Utf8ToAnsi(node.attribute(attribute).value()));
-    if (!FollowName(run, document, node, attribute, path)) return std::nullopt;
-    if (!run.Found.BeginFile(path.fullPath())) return std::nullopt;
-    return path;
-}
-
-}  // namespace
 
 bool LoadNext(CheckRun& run, CheckedDocument& document, const AFilePath& path,
               CheckedDocument::Form form) {
@@ -60,55 +43,4 @@ void CheckOptionsFile(CheckRun& run, const AFilePath& path) {
             options, "SupportWhiteType",
             fmt::format("SupportWhiteType {} is no number of 32 bits", Quoted(choice)));
     }
-}
-
-void CheckManufacturerList(CheckRun& run, const AFilePath& path) {
-    CheckedDocument document(run.Found);
-    if (!LoadNext(run, document, path, CheckedDocument::Form::kPlain)) return;
-    document.CheckNames(document.Root(),
-                        {{"ManufacturerList", "PrinterHardware"}, {}, false, false});
-    const pugi::xml_node list = ChildElement(document.Root(), "ManufacturerList");
-    document.CheckNames(list, {{}, {}, true, false});
-    ForEachElement(list, [&](const pugi::xml_node& entry, int32_t) {
-        document.CheckNames(entry,
-                            {{}, {"Name", "ManufactureXML", "ManufactureMAPXML"}, false, false});
-        const bool hasFile = *entry.attribute("ManufactureXML").value() != '\0';
-        const bool hasMap = *entry.attribute("ManufactureMAPXML").value() != '\0';
-        if (!hasFile && !hasMap) {
-            document.Warning(entry,
-                             "the manufacturer has neither ManufactureXML nor "
-                             "ManufactureMAPXML; this list serves it");
-            return;
-        }
-        if (hasFile && hasMap) {
-            document.Warning(entry, "ManufactureMAPXML",
-                             "the map is not read: ManufactureXML goes before it");
-        }
-        const char* const attribute = hasFile ? "ManufactureXML" : "ManufactureMAPXML";
-        const std::optional<AFilePath> file = FollowAttribute(run, document, entry, attribute);
-        if (!file) return;
-        if (hasFile) {
-            CheckParameterFile(run, *file);
-        } else {
-            CheckModelMap(run, *file);
-        }
-    });
-}
-
-void CheckModelMap(CheckRun& run, const AFilePath& path) {
-    CheckedDocument document(run.Found);
-    if (!LoadNext(run, document, path, CheckedDocument::Form::kEncoded)) return;
-    document.CheckNames(document.Root(), {{}, {}, true, false});
-    ForEachElement(document.Root(), [&](const pugi::xml_node& entry, int32_t) {
-        document.CheckNames(entry, {{}, {"Name", "XMLFile"}, false, false});
-        const std::optional<AFilePath> file = FollowAttribute(run, document, entry, "XMLFile");
-        if (file) CheckParameterFile(run, *file);
-    });
-}
-
-void CheckParameterFile(CheckRun& run, const AFilePath& path) {
-    CheckedDocument document(run.Found);
-    if (!LoadNext(run, document, path, CheckedDocument::Form::kEncoded)) return;
-    if (ChildElement(document.Root(), "PrinterHardware")) return;
-    document.Error(document.Root(), "no element \"PrinterHardware\": the file is passed over");
 }
