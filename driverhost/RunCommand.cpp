@@ -113,7 +113,7 @@ ReadyJob Prepare(const std::string& job, const RunOptions& options, Drivers& dri
 /// An absolute path that the driver can take.
 std::string ThumbnailOf(const RunOptions& options) {
     if (options.Thumbnail.empty()) return {};
-    const std::string path = fs::absolute(options.Thumbnail).lexically_normal().string();
+    std::string path = fs::absolute(options.Thumbnail).lexically_normal().string();
     std::error_code error;
     if (!fs::is_regular_file(path, error))
         throw HostError(kUsage, fmt::format("there is no thumbnail {}", options.Thumbnail));

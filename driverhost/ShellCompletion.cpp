@@ -102,7 +102,7 @@ void AddOptions(const std::vector<const CLI::Option*>& options, const std::strin
         for (const std::string& name : NamesOf(*option)) {
             all += name + '\n';
             if (option->get_items_expected_max() > 0)
-                cases.Values += Case(path + ' ' + name, option->get_type_name());
+                cases.Values += Case(fmt::format("{} {}", path, name), option->get_type_name());
         }
     }
     cases.Options += Case(path, all);
@@ -113,7 +113,8 @@ void AddArguments(const CLI::App& command, const std::string& path, Cases& cases
     for (const CLI::Option* const option : command.get_options()) {
         if (!option->get_positional()) continue;
         const bool many = option->get_items_expected_max() > 1;
-        const std::string pattern = many ? Quoted(path + ' ') + '*'  // this one and all after it
+        // One that takes many is this one and all after it.
+        const std::string pattern = many ? fmt::format("{}*", Quoted(path + ' '))
                                          : Quoted(fmt::format("{} {}", path, place++));
         cases.Arguments +=
             fmt::format("        {}) echo {} ;;\n", pattern, Quoted(option->get_type_name()));
