@@ -61,6 +61,19 @@ TEST_F(RunReport, JobsOfTwoModelsPrintAsEachAlone) {
     EXPECT_EQ(same.Status, 0) << same.Output;
 }
 
+TEST_F(RunReport, ThumbnailLiesWithTheJob) {
+    // A page's own picture takes its place, but for pages in folders of their own.
+    Write("a.pdf", Pdf({kQuarters, kQuarters}));
+    ASSERT_EQ(MakeJob("a.pdf").Status, 0);
+    Write("picture", "any bytes");
+    const Json jobs = Run("job --out printed --copies 3 --thumbnail picture", 0);
+    const Json sum = Shell("sha256sum picture").Output.substr(0, 64);
+    const Json& files = jobs[0]["files"];
+    EXPECT_TRUE(std::any_of(files.begin(), files.end(), [&sum](const Json& file) {
+        return file["sha256"] == sum && file["path"].get<std::string>().starts_with("a/a_");
+    })) << files;
+}
+
 TEST_F(RunReport, NamesWhatIsIncomplete) {
     const std::string pages = ReadText(Path("tiff.pages.tif"));
     Write("cut", ReadText(Path("tiff")));
