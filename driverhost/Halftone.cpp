@@ -5,9 +5,10 @@
 namespace {
 
 template <unsigned kBits>
-void PackRow(std::span<const uint8_t> amounts,
-             const std::array<uint8_t, ThresholdMatrix::kSide>& thresholds,
-             std::span<uint8_t> packed) {
+void PackRow(std::span<const uint8_t> amounts, const ThresholdMatrix& matrix,
+             const PagePoint& place, std::span<uint8_t> packed) {
+    const auto& thresholds = matrix.Row(place.Row);
+    const auto first = static_cast<std::size_t>(place.Column);
     constexpr unsigned kTopLevel = (1U << kBits) - 1;
     constexpr unsigned kFull = 255;
     constexpr std::size_t kPixelsPerByte = 8 / kBits;
@@ -19,7 +20,7 @@ void PackRow(std::span<const uint8_t> amounts,
             if (x < amounts.size()) {
                 const unsigned scaled = amounts[x] * kTopLevel;
                 level = scaled / kFull;
-                if (scaled % kFull > thresholds[x % ThresholdMatrix::kSide]) ++level;
+                if (scaled % kFull > thresholds[(first + x) % ThresholdMatrix::kSide]) ++level;
             }
             value = value << kBits | level;
         }
@@ -30,16 +31,16 @@ void PackRow(std::span<const uint8_t> amounts,
 }  // namespace
 
 void HalftoneRow(std::span<const uint8_t> amounts, int32_t bits, const ThresholdMatrix& matrix,
-                 int64_t row, std::span<uint8_t> packed) {
+                 const PagePoint& place, std::span<uint8_t> packed) {
     switch (bits) {
         case 1:
-            PackRow<1>(amounts, matrix.Row(row), packed);
+            PackRow<1>(amounts, matrix, place, packed);
             break;
         case 2:
-            PackRow<2>(amounts, matrix.Row(row), packed);
+            PackRow<2>(amounts, matrix, place, packed);
             break;
         case 4:
-            PackRow<4>(amounts, matrix.Row(row), packed);
+            PackRow<4>(amounts, matrix, place, packed);
             break;
         default:
             std::copy(amounts.begin(), amounts.end(), packed.begin());

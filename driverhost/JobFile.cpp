@@ -52,6 +52,10 @@ void ReadChoice(const fs::path& path, JobSettings& settings) {
         settings.Choice.PrintMode = json.at("printMode").get<int32_t>();
         settings.Choice.Resolution = json.at("resolution").get<int32_t>();
         settings.HasChoice = true;
+        if (json.contains("tiles")) {
+            settings.Tiles.Columns = json.at("tiles").at("columns").get<int32_t>();
+            settings.Tiles.Rows = json.at("tiles").at("rows").get<int32_t>();
+        }
     } catch (const nlohmann::json::exception&) {
         throw HostError(kFailed, fmt::format("{} is damaged", path.string()));
     }
@@ -80,11 +84,13 @@ void WriteJobHeader(const fs::path& file, const JobSettings& settings) {
 }
 
 void WriteJobSettings(const fs::path& file, const JobSettings& settings) {
-    const nlohmann::ordered_json json = {{"model", settings.Model},
-                                         {"media", settings.Choice.Media},
-                                         {"printMode", settings.Choice.PrintMode},
-                                         {"resolution", settings.Choice.Resolution},
-                                         {"colorMode", settings.Choice.ColorMode}};
+    nlohmann::ordered_json json = {{"model", settings.Model},
+                                   {"media", settings.Choice.Media},
+                                   {"printMode", settings.Choice.PrintMode},
+                                   {"resolution", settings.Choice.Resolution},
+                                   {"colorMode", settings.Choice.ColorMode}};
+    if (!settings.Tiles.IsWhole())
+        json["tiles"] = {{"columns", settings.Tiles.Columns}, {"rows", settings.Tiles.Rows}};
     const std::string text =
         json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + '\n';
     WriteFile(file, text.data(), text.size());

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "driverhost/Capabilities.h"
+#include "driverhost/TileGrid.h"
 #include "host/Records.h"
 
 /// What a job is printed with: the job file's header, and in a small JSON file beside it what the
@@ -18,6 +19,8 @@ struct JobSettings {
     /// False when the file beside the job is missing: medium, print mode and resolution are then
     /// not known.
     bool HasChoice = false;
+    /// How the pages are cut: the job's pages are the tiles of one page after the other.
+    TileGrid Tiles;
 };
 
 /// The files of a job.

@@ -43,13 +43,35 @@ JobRun::JobRun(DriverInterface& driver, const std::vector<ContainerPage>& pages,
 void JobRun::UseFolders(bool perPage) {
     if (!perPage || pages_.size() < 2) return;
     // Pages of a job go through the same door as the tiles of a large picture.
-    status_.TileCount = static_cast<int32_t>(pages_.size());
     tilePages_.resize(pages_.size());
     std::iota(tilePages_.begin(), tilePages_.end(), 1);
-    tilePlaces_.assign(pages_.size(), 0);
+    tileColumns_.assign(pages_.size(), 0);
+    tileRows_.assign(pages_.size(), 0);
+    PointToTiles();
+}
+
+void JobRun::UseTiles(const TileGrid& grid) {
+    const int64_t count = grid.Columns < 1 || grid.Rows < 1 ? 0 : grid.Count();
+    if (count == 0 || static_cast<int64_t>(pages_.size()) % count != 0)
+        throw HostError(kFailed, fmt::format("the job's {} pages are no whole number of {} x {} "
+                                             "tiles",
+                                             pages_.size(), grid.Columns, grid.Rows));
+    tilePages_.clear();
+    tileColumns_.clear();
+    tileRows_.clear();
+    for (int64_t i = 0; i < static_cast<int64_t>(pages_.size()); ++i) {
+        tilePages_.push_back(static_cast<int32_t>(i / count) + 1);
+        tileRows_.push_back(static_cast<int32_t>(i % count / grid.Columns) + 1);
+        tileColumns_.push_back(static_cast<int32_t>(i % grid.Columns) + 1);
+    }
+    PointToTiles();
+}
+
+void JobRun::PointToTiles() {
+    status_.TileCount = static_cast<int32_t>(pages_.size());
     status_.TilePageNumbers = tilePages_.data();
-    status_.TileColumnNumbers = tilePlaces_.data();
-    status_.TileRowNumbers = tilePlaces_.data();
+    status_.TileColumnNumbers = tileColumns_.data();
+    status_.TileRowNumbers = tileRows_.data();
 }
 
 void JobRun::SetThumbnail(const std::string& path) {

@@ -9,6 +9,7 @@
 #include "driverhost/Container.h"
 #include "driverhost/OutputFiles.h"
 #include "driverhost/Progress.h"
+#include "driverhost/TileGrid.h"
 
 /// One job on its way through the driver, and what its pages left on disk.
 class JobRun {
@@ -31,6 +32,11 @@ class JobRun {
     /// Shows no progress.
     void BeQuiet() { quiet_ = true; }
 
+    /// Takes the job's pages as the tiles of a document's pages, each in a folder of its own: the
+    /// status record names each tile's page, column and row, from 1. Throws HostError when the
+    /// pages are no whole number of grids.
+    void UseTiles(const TileGrid& grid);
+
     /// Opens the job and its port. Throws HostError when the driver refuses either.
     void Open(const std::filesystem::path& job, const PrintChoice& choice,
               const std::string& sourceName);
@@ -48,6 +54,7 @@ class JobRun {
     /// What the next step does, as the driver's steps follow each other.
     enum class Phase { kPageStart, kBands, kPageEnd };
 
+    void PointToTiles();
     void NoteStep(Progress& progress, double seconds);
     void CheckPageFiles();
     std::string FailureText() const;
@@ -59,7 +66,8 @@ class JobRun {
     const Listing& before_;
     JobStatusRecord status_ = {};
     std::vector<int32_t> tilePages_;
-    std::vector<int32_t> tilePlaces_;  ///< zeros: a page of its own stands in no grid
+    std::vector<int32_t> tileColumns_;  ///< zeros: a page of its own stands in no grid
+    std::vector<int32_t> tileRows_;
     Phase phase_ = Phase::kPageStart;
     int32_t page_ = 0;
     bool quiet_ = false;

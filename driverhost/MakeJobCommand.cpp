@@ -8,6 +8,7 @@
 #include <set>
 #include <system_error>
 
+#include "driverhost/Artwork.h"
 #include "driverhost/CommandTree.h"
 #include "driverhost/Container.h"
 #include "driverhost/DriverLibrary.h"
@@ -20,9 +21,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-/// PageNumber holds two 16-bit numbers.
-constexpr std::size_t kMostPages = UINT16_MAX;
 
 ChosenPrint AskDriver(const MakeJobOptions& options) {
     const DriverLibrary library;
@@ -53,32 +51,39 @@ void CheckJobPath(const fs::path& job) {
                                             sizeof JobStatusRecord::JobFilePath - 1));
 }
 
-std::vector<PageSize> SizesOf(const std::vector<PdfPage>& pages, const ResolutionItem& resolution) {
-    if (pages.size() > kMostPages)
-        throw HostError(
-            kFailed, fmt::format("the PDF has {} pages; a job holds {}", pages.size(), kMostPages));
-    std::vector<PageSize> sizes;
-    for (const PdfPage& page : pages) {
-        const PageSize size = {PixelsOf(page.WidthPoints, resolution.XResolution),
-                               PixelsOf(page.HeightPoints, resolution.YResolution)};
-        if (size.Width < 1 || size.Rows < 1 || size.Width > kMostPageSide ||
-            size.Rows > kMostPageSide)
-            throw HostError(
-                kFailed, fmt::format("page {} measures {} x {} points, {} x {} pixels; a page has "
-                                     "1 to {} pixels a side",
-                                     sizes.size() + 1, page.WidthPoints, page.HeightPoints,
-                                     size.Width, size.Rows, kMostPageSide));
-        sizes.push_back(size);
-    }
-    return sizes;
+PageSize SizeOf(const PdfPage& page, std::size_t index, const ResolutionItem& resolution) {
+    const PageSize size = {PixelsOf(page.WidthPoints, resolution.XResolution),
+                           PixelsOf(page.HeightPoints, resolution.YResolution)};
+    if (size.Width < 1 || size.Rows < 1 || size.Width > kMostPageSide || size.Rows > kMostPageSide)
+        throw HostError(kFailed,
+                        fmt::format("page {} measures {} x {} points, {} x {} pixels; a page has "
+                                    "1 to {} pixels a side",
+                                    index + 1, page.WidthPoints, page.HeightPoints, size.Width,
+                                    size.Rows, kMostPageSide));
+    return size;
 }
 
-int64_t ContainerBytes(const std::vector<PageSize>& sizes, const ColorMode& mode) {
+std::vector<DocumentPage> LayOut(const std::vector<PdfPage>& pages,
+                                 const ResolutionItem& resolution, const TileGrid& grid) {
+    const int64_t jobPages = static_cast<int64_t>(pages.size()) * grid.Count();
+    if (jobPages > static_cast<int64_t>(kMostDocumentPages))
+        throw HostError(kFailed, fmt::format("{} pages and tiles; a job holds {}", jobPages,
+                                             kMostDocumentPages));
+    std::vector<DocumentPage> layout;
+    for (std::size_t i = 0; i < pages.size(); ++i) {
+        const PageSize size = SizeOf(pages[i], i, resolution);
+        layout.push_back({i, size, TilesOf(size, grid)});
+    }
+    return layout;
+}
+
+int64_t ContainerBytes(const std::vector<DocumentPage>& pages, const ColorMode& mode) {
     int64_t bytes = 0;
-    for (const PageSize& size : sizes)
-        for (const ColorantInfo& colorant : mode.Colorants)
-            bytes +=
-                size.Rows * PackedRowBytes(size.Width, static_cast<int32_t>(colorant.ColorDepth));
+    for (const DocumentPage& page : pages)
+        for (const PageArea& tile : page.Tiles)
+            for (const ColorantInfo& colorant : mode.Colorants)
+                bytes += tile.Rows *
+                         PackedRowBytes(tile.Width, static_cast<int32_t>(colorant.ColorDepth));
     return bytes;
 }
 
@@ -114,25 +119,33 @@ void MoveIntoPlace(const fs::path& from, const fs::path& to) {
 void MakeJob(const MakeJobOptions& options) {
     const fs::path input = fs::absolute(options.Input);
     const fs::path job = fs::absolute(options.Job);
+    const TileGrid tiles = ParseTileGrid(options.Tiles);
     CheckJobPath(job);
     const ChosenPrint chosen = AskDriver(options);
 
     const WorkFolder work(job);
-    Rasterizer rasterizer(input, work.Path(), std::chrono::seconds(options.TimeoutSeconds));
-    const std::vector<PdfPage> pages = rasterizer.ReadPages();
-    const std::vector<PageSize> sizes = SizesOf(pages, chosen.Resolution);
+    Rasterizer rasterizer(work.Path(), std::chrono::seconds(options.TimeoutSeconds));
+    Artwork artwork(input, rasterizer, options.PictureDpi);
+    const std::vector<DocumentPage> pages = LayOut(artwork.Pages(), chosen.Resolution, tiles);
+    artwork.Prepare();
 
     const fs::path container = work.Path() / "pages.tif";
-    ContainerWriter writer(container, ContainerBytes(sizes, chosen.Mode));
-    PageSeparator separator(rasterizer, writer, work.Path(), chosen, options.BandPixels);
+    ContainerWriter writer(container, ContainerBytes(pages, chosen.Mode));
+    InkScreens screens;
+    for (std::size_t i = 0; i < chosen.Mode.Colorants.size(); ++i)
+        screens.push_back(
+            MakeDispersedScreen(i, static_cast<int32_t>(chosen.Mode.Colorants[i].ColorDepth)));
+    PageSeparator separator(rasterizer, writer, work.Path(), chosen, screens, options.BandPixels,
+                            pages.size() * pages.front().Tiles.size());
     Warnings warnings;
-    for (std::size_t i = 0; i < pages.size(); ++i) {
-        const InkPlan plan = PlanInks(chosen.Mode.Colorants, pages[i].Spots);
+    for (const DocumentPage& page : pages) {
+        const InkPlan plan = PlanInks(chosen.Mode.Colorants, artwork.Pages()[page.Index].Spots);
         warnings.AddPlan(plan, chosen.Mode.Name);
-        for (const std::string& complaint : separator.WritePage(i, pages.size(), sizes[i], plan))
-            warnings.Add(fmt::format("page {}: Ghostscript: {}", i + 1, complaint));
-        fmt::print("page {} of {}: {} x {} pixels, {} separations\n", i + 1, pages.size(),
-                   sizes[i].Width, sizes[i].Rows, chosen.Mode.Colorants.size());
+        for (const std::string& complaint : separator.WritePage(page, plan))
+            warnings.Add(fmt::format("page {}: Ghostscript: {}", page.Index + 1, complaint));
+        fmt::print("page {} of {}: {} x {} pixels, {} separations{}\n", page.Index + 1,
+                   pages.size(), page.Size.Width, page.Size.Rows, chosen.Mode.Colorants.size(),
+                   tiles.IsWhole() ? "" : fmt::format(", {} tiles", page.Tiles.size()));
         std::fflush(stdout);
     }
     writer.Close();
@@ -143,6 +156,7 @@ void MakeJob(const MakeJobOptions& options) {
     settings.XResolution = chosen.Resolution.XResolution;
     settings.YResolution = chosen.Resolution.YResolution;
     settings.Choice = chosen.Choice;
+    settings.Tiles = tiles;
     WriteJobHeader(work.Path() / "job", settings);
     WriteJobSettings(work.Path() / "settings.json", settings);
     MoveIntoPlace(work.Path() / "settings.json", SettingsOf(job));
@@ -155,8 +169,8 @@ void MakeJob(const MakeJobOptions& options) {
 
 void AddMakeJobCommand(CommandTree& tree) {
     auto [command, options] =
-        tree.Add("make-job", "Rasterise and separate a PDF with Ghostscript into a job", MakeJob);
-    command.add_option("INPUT.pdf", options.Input, "The document")
+        tree.Add("make-job", "Rasterise and separate artwork with Ghostscript into a job", MakeJob);
+    command.add_option("INPUT", options.Input, "A PDF, PostScript, EPS, TIFF, PNG or JPEG file")
         ->required()
         ->type_name(kFileArgument);
     command.add_option("--model", options.Model, "The model's name")
@@ -170,6 +184,14 @@ void AddMakeJobCommand(CommandTree& tree) {
                     "The job file; JOB.pages.tif and JOB.settings.json appear beside it")
         ->required()
         ->type_name(kFileArgument);
+    command
+        .add_option("--tiles", options.Tiles,
+                    "Cut every page into so many columns and rows of tiles")
+        ->type_name("COLUMNSxROWS");
+    command
+        .add_option("--picture-dpi", options.PictureDpi,
+                    "Pixels per inch that a picture has, whatever it says itself")
+        ->check(CLI::Range(1.0, 100'000.0));
     command
         .add_option("--timeout", options.TimeoutSeconds,
                     "Seconds that Ghostscript may go on without writing anything")
@@ -186,7 +208,9 @@ void AddMakeJobCommand(CommandTree& tree) {
         "the colour mode. Light inks print the highlights of their ink: amounts up to a half, at\n"
         "twice the amount, fading out above. A mode of one black or grey ink prints shades of "
         "grey.\n"
-        "A spot ink goes to the channel of its name; without one it is printed with process inks.",
+        "A spot ink goes to the channel of its name; without one it is printed with process inks.\n"
+        "An EPS is cut to its bounding box. A TIFF, PNG or JPEG picture fills a page of its own\n"
+        "size; one that does not say its resolution has 300 dpi.",
         {"driverhost make-job poster.pdf --model \"Fenland R4\" -o poster.job",
          "driverhost make-job poster.pdf --model \"Fenland F8\" --media Glass --print-mode Fine "
          "\\\n"

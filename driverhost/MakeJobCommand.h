@@ -12,13 +12,15 @@ struct MakeJobOptions {
     std::string Model;
     std::string Job;
     ChoiceOptions Choice;
+    std::string Tiles;      ///< "COLUMNSxROWS"; empty: pages in one piece
+    double PictureDpi = 0;  ///< 0: the picture's own
     int64_t TimeoutSeconds = 300;
     /// Most pixels of one rasteriser run. Its composite picture takes four bytes a pixel and must
     /// stay well below 4 GiB.
     int64_t BandPixels = int64_t{30000} * 30000;
 };
 
-/// Rasterises and separates a PDF into a job: its file, its container and its settings, which
+/// Rasterises and separates artwork into a job: its file, its container and its settings, which
 /// appear only when all three are complete. Throws HostError.
 void MakeJob(const MakeJobOptions& options);
 

@@ -43,43 +43,47 @@ class PartReader {
 
 PageSeparator::PageSeparator(Rasterizer& rasterizer, ContainerWriter& container,
                              const fs::path& workFolder, const ChosenPrint& chosen,
-                             int64_t bandPixels)
+                             const InkScreens& screens, int64_t bandPixels, std::size_t jobPages)
     : rasterizer_(rasterizer),
       container_(container),
       workFolder_(workFolder),
       chosen_(chosen),
-      bandPixels_(bandPixels) {
-    for (std::size_t ink = 0; ink < chosen.Mode.Colorants.size(); ++ink)
-        matrices_.emplace_back(ink);
+      screens_(screens),
+      bandPixels_(bandPixels),
+      jobPages_(jobPages) {}
+
+std::vector<std::string> PageSeparator::WritePage(const DocumentPage& page, const InkPlan& plan) {
+    std::vector<std::string> complaints = MakeBands(page, plan);
+    for (const PageArea& tile : page.Tiles)
+        WriteTile(page, tile, plan);
+    RemoveBands();
+    return complaints;
 }
 
-std::vector<std::string> PageSeparator::WritePage(std::size_t page, std::size_t pageCount,
-                                                  const PageSize& size, const InkPlan& plan) {
-    std::vector<std::string> complaints = MakeBands(page, size, plan);
+void PageSeparator::WriteTile(const DocumentPage& page, const PageArea& tile, const InkPlan& plan) {
     SeparationHeader header;
-    header.WidthPixels = size.Width;
-    header.Rows = size.Rows;
+    header.WidthPixels = tile.Width;
+    header.Rows = tile.Rows;
     header.XResolution = chosen_.Resolution.XResolution;
     header.YResolution = chosen_.Resolution.YResolution;
-    header.Page = static_cast<int32_t>(page);
-    header.PageCount = static_cast<int32_t>(pageCount);
+    header.Page = static_cast<int32_t>(jobPage_++);
+    header.PageCount = static_cast<int32_t>(jobPages_);
     for (std::size_t i = 0; i < chosen_.Mode.Colorants.size(); ++i) {
         const ColorantInfo& colorant = chosen_.Mode.Colorants[i];
         header.Bits = static_cast<int32_t>(colorant.ColorDepth);
         header.InternalName = colorant.InternalName;
         header.DisplayName = colorant.DisplayName;
         try {
-            WriteSeparation(header, plan.Sources[i], matrices_[i]);
+            WriteSeparation(header, page, tile, plan.Sources[i], *screens_[i]);
         } catch (const HostError& error) {
-            throw HostError(error.Status(), fmt::format("page {}: {}", page + 1, error.what()));
+            throw HostError(error.Status(),
+                            fmt::format("page {}: {}", page.Index + 1, error.what()));
         }
     }
-    RemoveBands();
-    return complaints;
 }
 
-std::vector<std::string> PageSeparator::MakeBands(std::size_t page, const PageSize& size,
-                                                  const InkPlan& plan) {
+std::vector<std::string> PageSeparator::MakeBands(const DocumentPage& page, const InkPlan& plan) {
+    const PageSize& size = page.Size;
     bands_.clear();
     if (!plan.NeedsSeparations && !plan.NeedsGray) return {};
     // A height of whole screens, as a rasteriser that screens would need it too.
@@ -91,7 +95,7 @@ std::vector<std::string> PageSeparator::MakeBands(std::size_t page, const PageSi
                                  : std::max((mostRows - 2 * margin) / side, int64_t{1}) * side;
     std::vector<std::string> complaints;
     BandRequest request;
-    request.PageNumber = static_cast<int32_t>(page) + 1;
+    request.PageNumber = static_cast<int32_t>(page.Index) + 1;
     request.XResolution = chosen_.Resolution.XResolution;
     request.YResolution = chosen_.Resolution.YResolution;
     request.WidthPixels = size.Width;
@@ -120,21 +124,26 @@ void PageSeparator::RemoveBands() {
         fs::remove_all(band.Folder, ignored);
 }
 
-void PageSeparator::WriteSeparation(const SeparationHeader& header, const InkSource& source,
-                                    const ThresholdMatrix& matrix) {
+void PageSeparator::WriteSeparation(const SeparationHeader& header, const DocumentPage& page,
+                                    const PageArea& tile, const InkSource& source,
+                                    const InkScreen& screen) {
+    const std::vector<PlateBand> bands = BandsOfRows(bands_, tile.FirstRow, tile.Rows);
     std::vector<std::unique_ptr<PartReader>> parts;
     for (const PlatePart& part : source)
-        parts.push_back(std::make_unique<PartReader>(bands_, part, header.WidthPixels));
-    std::vector<uint8_t> amounts(static_cast<std::size_t>(header.WidthPixels));
+        parts.push_back(std::make_unique<PartReader>(bands, part, page.Size.Width));
+    // Every tile is cut from the page's whole rows.
+    std::vector<uint8_t> amounts(static_cast<std::size_t>(page.Size.Width));
+    const std::span<const uint8_t> tileAmounts = std::span(amounts).subspan(
+        static_cast<std::size_t>(tile.FirstColumn), static_cast<std::size_t>(tile.Width));
     std::vector<uint8_t> packed(
         static_cast<std::size_t>(PackedRowBytes(header.WidthPixels, header.Bits)));
     container_.BeginSeparation(header);
-    for (int64_t row = 0; row < header.Rows; ++row) {
+    for (int64_t row = 0; row < tile.Rows; ++row) {
         if (InterruptNoted()) throw HostError(kAborted, "interrupted");
         std::fill(amounts.begin(), amounts.end(), uint8_t{0});
         for (const std::unique_ptr<PartReader>& part : parts)
             part->AddRow(amounts);
-        HalftoneRow(amounts, header.Bits, matrix, row, packed);
+        screen.ScreenRow(tileAmounts, {tile.FirstColumn, tile.FirstRow + row}, packed);
         container_.WriteRow(packed);
     }
     container_.EndSeparation();

@@ -2,49 +2,58 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "driverhost/ChoiceOptions.h"
 #include "driverhost/Container.h"
-#include "driverhost/Halftone.h"
+#include "driverhost/InkScreen.h"
 #include "driverhost/Plates.h"
 #include "driverhost/Rasterizer.h"
-
-/// Pixels of a page.
-struct PageSize {
-    int64_t Width = 0;
-    int64_t Rows = 0;
-};
+#include "driverhost/TileGrid.h"
 
 /// Longest side of a page: 88 m at 1440 dpi. A band of one screen's height with its margins still
 /// stays below the rasteriser's limit.
 inline constexpr int64_t kMostPageSide = 5'000'000;
 
+/// One page of the document.
+struct DocumentPage {
+    std::size_t Index = 0;  ///< from 0
+    PageSize Size;
+    std::vector<PageArea> Tiles;  ///< each a page of the job; one of the whole size: not cut
+};
+
+/// How the ink amounts of each colorant are screened, in the colour mode's order.
+using InkScreens = std::vector<std::unique_ptr<InkScreen>>;
+
 /// Makes the separations of one page after the other: has the plates rasterised band by band,
-/// then reads, splits and halftones them row by row into the container.
+/// then reads, splits and screens them row by row into the container.
 class PageSeparator {
   public:
+    /// Borrows everything. `jobPages` counts the pages of the job: all tiles of all pages.
     PageSeparator(Rasterizer& rasterizer, ContainerWriter& container,
                   const std::filesystem::path& workFolder, const ChosenPrint& chosen,
-                  int64_t bandPixels);
+                  const InkScreens& screens, int64_t bandPixels, std::size_t jobPages);
 
-    /// Writes all colorants of the colour mode, blank ones included. `page` counts from 0.
-    /// Answers the rasteriser's complaints.
-    std::vector<std::string> WritePage(std::size_t page, std::size_t pageCount,
-                                       const PageSize& size, const InkPlan& plan);
+    /// Writes all colorants of the colour mode, blank ones included, tile after tile. Answers the
+    /// rasteriser's complaints.
+    std::vector<std::string> WritePage(const DocumentPage& page, const InkPlan& plan);
 
   private:
-    std::vector<std::string> MakeBands(std::size_t page, const PageSize& size, const InkPlan& plan);
+    std::vector<std::string> MakeBands(const DocumentPage& page, const InkPlan& plan);
     void RemoveBands();
-    void WriteSeparation(const SeparationHeader& header, const InkSource& source,
-                         const ThresholdMatrix& matrix);
+    void WriteTile(const DocumentPage& page, const PageArea& tile, const InkPlan& plan);
+    void WriteSeparation(const SeparationHeader& header, const DocumentPage& page,
+                         const PageArea& tile, const InkSource& source, const InkScreen& screen);
 
     Rasterizer& rasterizer_;
     ContainerWriter& container_;
     std::filesystem::path workFolder_;
     const ChosenPrint& chosen_;
+    const InkScreens& screens_;
     int64_t bandPixels_;
+    std::size_t jobPages_;
+    std::size_t jobPage_ = 0;  ///< the next one of the job
     std::vector<PlateBand> bands_;
-    std::vector<ThresholdMatrix> matrices_;  ///< one per colorant
 };

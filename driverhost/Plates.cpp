@@ -52,9 +52,22 @@ struct PlateReader::File {
     bool ZeroIsInk = true;
 };
 
-PlateReader::PlateReader(const std::vector<PlateBand>& bands, std::string plate,
-                         int64_t widthPixels)
-    : bands_(bands),
+std::vector<PlateBand> BandsOfRows(const std::vector<PlateBand>& bands, int64_t firstRow,
+                                   int64_t rows) {
+    std::vector<PlateBand> part;
+    int64_t pageRow = 0;  // of the band's first row that counts
+    for (PlateBand band : bands) {
+        const int64_t offset = pageRow - band.FirstRow;
+        pageRow += band.EndRow - band.FirstRow;
+        band.FirstRow = std::max(band.FirstRow, firstRow - offset);
+        band.EndRow = std::min(band.EndRow, firstRow + rows - offset);
+        if (band.FirstRow < band.EndRow) part.push_back(band);
+    }
+    return part;
+}
+
+PlateReader::PlateReader(std::vector<PlateBand> bands, std::string plate, int64_t widthPixels)
+    : bands_(std::move(bands)),
       plate_(std::move(plate)),
       widthPixels_(widthPixels),
       skipped_(static_cast<std::size_t>(widthPixels)) {}
@@ -89,7 +102,11 @@ void PlateReader::OpenBand() {
         TIFFScanlineSize64(tiff) != static_cast<uint64_t>(widthPixels_))
         throw HostError(kFailed, fmt::format("the plate of {} is of an unknown kind", plate_));
     file_->ZeroIsInk = photometric == PHOTOMETRIC_MINISBLACK;
-    for (row_ = 0; row_ < band.FirstRow; ++row_)
+    // A strip can be read without those before it.
+    uint32_t stripRows = 1;
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_ROWSPERSTRIP, &stripRows);
+    row_ = band.FirstRow - band.FirstRow % std::max<int64_t>(stripRows, 1);
+    for (; row_ < band.FirstRow; ++row_)
         ReadPlateRow(skipped_);
 }
 
@@ -107,9 +124,6 @@ void PlateReader::ReadRow(std::span<uint8_t> amounts) {
         for (uint8_t& amount : amounts)
             amount = static_cast<uint8_t>(~amount);
     if (++row_ < bands_[band_].EndRow) return;
-    // What follows only shows that the plate is whole.
-    for (; row_ < bands_[band_].PlateRows; ++row_)
-        ReadPlateRow(skipped_);
     file_.reset();
     ++band_;
 }

@@ -18,12 +18,16 @@ struct PlateBand {
     int64_t EndRow = 0;     ///< one past the last that counts
 };
 
+/// The bands that hold so many rows of a page from `firstRow` on.
+std::vector<PlateBand> BandsOfRows(const std::vector<PlateBand>& bands, int64_t firstRow,
+                                   int64_t rows);
+
 /// Reads the rows of one ink of a page from top to bottom, band after band, as ink amounts: 0
 /// none, 255 full. Holds one strip of one plate in memory.
 class PlateReader {
   public:
     /// `plate` is the ink's name as the document spells it.
-    PlateReader(const std::vector<PlateBand>& bands, std::string plate, int64_t widthPixels);
+    PlateReader(std::vector<PlateBand> bands, std::string plate, int64_t widthPixels);
     ~PlateReader();
     PlateReader(const PlateReader&) = delete;
     PlateReader& operator=(const PlateReader&) = delete;
@@ -37,7 +41,7 @@ class PlateReader {
     void OpenBand();
     void ReadPlateRow(std::span<uint8_t> amounts);
 
-    const std::vector<PlateBand>& bands_;
+    std::vector<PlateBand> bands_;
     std::string plate_;
     int64_t widthPixels_;
     std::vector<uint8_t> skipped_;  ///< one row

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <system_error>
@@ -17,30 +18,11 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr char kPageCountLabel[] = "PagesShown: ";
+
 /// More than any document's page report or any run's complaints; a run that writes more is
 /// stopped.
 constexpr std::uintmax_t kMostLogBytes = 64 << 20;
-
-/// The marker stands within the first bytes of every PDF (ISO 32000, annex H).
-constexpr std::size_t kMarkerBytes = 1024;
-
-void CheckDocument(const fs::path& pdf) {
-    std::error_code error;
-    const fs::file_status status = fs::status(pdf, error);
-    if (!fs::exists(status))
-        throw HostError(kFailed, fmt::format("{} does not exist", pdf.string()));
-    if (!fs::is_regular_file(status))
-        throw HostError(kFailed, fmt::format("{} is no file", pdf.string()));
-    std::ifstream file(pdf, std::ios::binary);
-    if (!file) throw HostError(kFailed, fmt::format("{} cannot be read", pdf.string()));
-    std::string head(kMarkerBytes, '\0');
-    file.read(head.data(), static_cast<std::streamsize>(head.size()));
-    head.resize(static_cast<std::size_t>(file.gcount()));
-    // The rasteriser would run a file of another kind as a program.
-    if (head.empty()) throw HostError(kFailed, fmt::format("{} is empty", pdf.string()));
-    if (head.find("%PDF-") == std::string::npos)
-        throw HostError(kFailed, fmt::format("{} is no PDF", pdf.string()));
-}
 
 std::string ReadLog(const fs::path& path) {
     std::ifstream file(path, std::ios::binary);
@@ -99,18 +81,52 @@ std::string SetUp(const BandRequest& band, const InkPlan& plan) {
 
 }  // namespace
 
-Rasterizer::Rasterizer(const fs::path& pdf, const fs::path& workFolder,
-                       std::chrono::seconds timeout)
+Rasterizer::Rasterizer(const fs::path& workFolder, std::chrono::seconds timeout)
     : workFolder_(workFolder), document_(workFolder / "document.pdf"), timeout_(timeout) {
-    CheckDocument(pdf);
-    // Under a name of ours no letter of the document's own path can mean anything to the
-    // rasteriser.
     std::error_code error;
-    fs::create_symlink(fs::canonical(pdf, error), document_, error);
-    if (!error) fs::create_directory(workFolder / "tmp", error);
+    fs::create_directory(workFolder / "tmp", error);
     if (error)
         throw HostError(
             kFailed, fmt::format("cannot write to {}: {}", workFolder.string(), error.message()));
+}
+
+void Rasterizer::TakePdf(const fs::path& pdf) const {
+    Link(pdf, document_);
+}
+
+void Rasterizer::Link(const fs::path& from, const fs::path& to) const {
+    std::error_code error;
+    const fs::path target = fs::canonical(from, error);
+    if (!error) fs::create_symlink(target, to, error);
+    if (error)
+        throw HostError(
+            kFailed, fmt::format("cannot write to {}: {}", workFolder_.string(), error.message()));
+}
+
+void Rasterizer::ConvertPostScript(const fs::path& program) {
+    const fs::path link = workFolder_ / "document.ps";
+    Link(program, link);
+    std::vector<std::string> arguments = CommonArguments();
+    // An EPS is cut to its bounding box. Pictures keep their pixels, pages their direction.
+    arguments.insert(
+        arguments.end(),
+        {"-dEPSCrop", "-sDEVICE=pdfwrite", "-dAutoRotatePages=/None",
+         "-dAutoFilterColorImages=false", "-dAutoFilterGrayImages=false",
+         "-dColorImageFilter=/FlateEncode", "-dGrayImageFilter=/FlateEncode",
+         "-dDownsampleColorImages=false", "-dDownsampleGrayImages=false",
+         "-dDownsampleMonoImages=false", "-sOutputFile=" + document_.filename().string(), "-c",
+         // A program that shows pages for ever ends here.
+         fmt::format("<< /EndPage {{ 1 index {} ge {{ /showpage /limitcheck signalerror }} if exch "
+                     "pop 2 ne }} >> setpagedevice",
+                     kMostDocumentPages),
+         "-f", link.filename().string(), "-c",
+         fmt::format("({}) print currentpagedevice /PageCount get = flush", kPageCountLabel)});
+    const std::string log = RunToEnd(arguments, workFolder_, "running the PostScript");
+    // A program that shows nothing leaves a blank page.
+    const std::size_t label = log.rfind(kPageCountLabel);
+    if (label != std::string::npos &&
+        std::atol(log.c_str() + label + std::string_view(kPageCountLabel).size()) == 0)
+        throw HostError(kFailed, "the PostScript shows no page");
 }
 
 std::vector<std::string> Rasterizer::CommonArguments() const {

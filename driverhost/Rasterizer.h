@@ -10,6 +10,9 @@
 #include "driverhost/PdfPages.h"
 #include "platform/ChildProcess.h"
 
+/// A job holds no more: PageNumber has two 16-bit numbers.
+inline constexpr std::size_t kMostDocumentPages = UINT16_MAX;
+
 /// One band of a page to be rasterised.
 struct BandRequest {
     int32_t PageNumber = 1;  ///< counted from 1, as the rasteriser does
@@ -26,9 +29,16 @@ struct BandRequest {
 class Rasterizer {
   public:
     /// `workFolder` is emptied by its owner. `timeout` is the longest time that a run may go on
-    /// without writing anything. Throws HostError when the document cannot be read or is no PDF.
-    Rasterizer(const std::filesystem::path& pdf, const std::filesystem::path& workFolder,
-               std::chrono::seconds timeout);
+    /// without writing anything. The document is taken, converted or written by others next.
+    Rasterizer(const std::filesystem::path& workFolder, std::chrono::seconds timeout);
+
+    /// The PDF that every run reads. Under a name of ours no letter of the artwork's own path can
+    /// mean anything to Ghostscript.
+    const std::filesystem::path& Document() const { return document_; }
+    void TakePdf(const std::filesystem::path& pdf) const;
+    /// Runs a PostScript program into the document. Throws HostError when it fails or shows
+    /// nothing.
+    void ConvertPostScript(const std::filesystem::path& program);
 
     /// Sizes and spot inks of all pages.
     std::vector<PdfPage> ReadPages();
@@ -41,6 +51,7 @@ class Rasterizer {
 
   private:
     std::vector<std::string> CommonArguments() const;
+    void Link(const std::filesystem::path& from, const std::filesystem::path& to) const;
     void Separate(const BandRequest& band, const InkPlan& plan, const std::filesystem::path& folder,
                   const char* device);
     std::string RunToEnd(const std::vector<std::string>& arguments,

@@ -164,7 +164,10 @@ void Run(const ReadyJob& job, const RunOptions& options, JobReport& report) {
     const std::set<std::string> foldersBefore = ListFolders(folder);
     JobRun run(job.Driver, job.Pages, static_cast<int32_t>(job.Chosen.Mode.Colorants.size()),
                folder, before);
-    run.UseFolders(!options.OneFolder);
+    if (job.Settings.Tiles.IsWhole())
+        run.UseFolders(!options.OneFolder);
+    else
+        run.UseTiles(job.Settings.Tiles);
     run.SetCopies(options.Copies);
     run.SetThumbnail(thumbnail);
     if (options.Json) run.BeQuiet();

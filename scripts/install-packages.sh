@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
     build-essential cmake ninja-build ccache
-    libtiff-dev libpng-dev zlib1g-dev libpugixml-dev libcli11-dev nlohmann-json3-dev libfmt-dev
+    libtiff-dev libpng-dev libjpeg-dev zlib1g-dev libpugixml-dev libcli11-dev nlohmann-json3-dev libfmt-dev
     libssl-dev  # SHA-256 of channels and files
     libgtest-dev libbenchmark-dev
     ghostscript  # rasterises and separates the artwork

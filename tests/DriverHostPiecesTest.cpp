@@ -93,7 +93,7 @@ std::vector<unsigned> Levels(uint8_t amount, int32_t bits, std::size_t ink) {
     std::vector<uint8_t> packed(static_cast<std::size_t>(PackedRowBytes(int64_t{kSide}, bits)));
     std::vector<unsigned> levels;
     for (std::size_t y = 0; y < kSide; ++y) {
-        HalftoneRow(amounts, bits, matrix, static_cast<int64_t>(y), packed);
+        HalftoneRow(amounts, bits, matrix, {0, static_cast<int64_t>(y)}, packed);
         for (const uint8_t byte : packed)
             for (int shift = 8 - bits; shift >= 0; shift -= bits)
                 levels.push_back(byte >> shift & ((1U << bits) - 1));
@@ -134,9 +134,9 @@ TEST(Halftone, LeavesSpareBitsClear) {
     const ThresholdMatrix matrix(0);
     const std::array<uint8_t, 3> amounts = {255, 255, 255};
     std::array<uint8_t, 1> packed = {0xFF};
-    HalftoneRow(amounts, 1, matrix, 0, packed);
+    HalftoneRow(amounts, 1, matrix, {}, packed);
     EXPECT_EQ(packed[0], 0xE0);
-    HalftoneRow(amounts, 2, matrix, 0, packed);
+    HalftoneRow(amounts, 2, matrix, {}, packed);
     EXPECT_EQ(packed[0], 0xFC);
 }
 

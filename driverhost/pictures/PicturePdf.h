@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <vector>
+
+#include "driverhost/PdfPages.h"
+#include "driverhost/pictures/PictureReader.h"
+
+/// How large pictures print that do not say it.
+inline constexpr double kDefaultPictureDpi = 300;
+
+/// The pages that a file of pictures makes, one a picture, at their physical size: by `dpi`, where
+/// that is above 0, else by the picture's own resolution, else at kDefaultPictureDpi.
+std::vector<PdfPage> PicturePages(const std::filesystem::path& path, DocumentKind kind,
+                                  const std::filesystem::path& workFolder, double dpi);
+
+/// Decodes the pictures row by row into a PDF of these pages, each filled with its picture, upright
+/// and with its colour profile. Throws HostError for a damaged picture and a full disk.
+void WritePicturePdf(const std::filesystem::path& path, DocumentKind kind,
+                     const std::vector<PdfPage>& pages, const std::filesystem::path& pdf);
