@@ -5,22 +5,24 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
-#include <set>
 #include <system_error>
 
 #include "driverhost/Artwork.h"
 #include "driverhost/CommandTree.h"
 #include "driverhost/Container.h"
 #include "driverhost/DriverLibrary.h"
+#include "driverhost/DryRun.h"
 #include "driverhost/HostError.h"
 #include "driverhost/JobFile.h"
 #include "driverhost/PageSeparator.h"
-#include "driverhost/Rasterizer.h"
+#include "driverhost/Warnings.h"
 #include "driverhost/WorkFolder.h"
 
 namespace fs = std::filesystem;
 
 namespace {
+
+constexpr char kContainerName[] = "pages.tif";
 
 ChosenPrint AskDriver(const MakeJobOptions& options) {
     const DriverLibrary library;
@@ -51,62 +53,6 @@ void CheckJobPath(const fs::path& job) {
                                             sizeof JobStatusRecord::JobFilePath - 1));
 }
 
-PageSize SizeOf(const PdfPage& page, std::size_t index, const ResolutionItem& resolution) {
-    const PageSize size = {PixelsOf(page.WidthPoints, resolution.XResolution),
-                           PixelsOf(page.HeightPoints, resolution.YResolution)};
-    if (size.Width < 1 || size.Rows < 1 || size.Width > kMostPageSide || size.Rows > kMostPageSide)
-        throw HostError(kFailed,
-                        fmt::format("page {} measures {} x {} points, {} x {} pixels; a page has "
-                                    "1 to {} pixels a side",
-                                    index + 1, page.WidthPoints, page.HeightPoints, size.Width,
-                                    size.Rows, kMostPageSide));
-    return size;
-}
-
-std::vector<DocumentPage> LayOut(const std::vector<PdfPage>& pages,
-                                 const ResolutionItem& resolution, const TileGrid& grid) {
-    const int64_t jobPages = static_cast<int64_t>(pages.size()) * grid.Count();
-    if (jobPages > static_cast<int64_t>(kMostDocumentPages))
-        throw HostError(kFailed, fmt::format("{} pages and tiles; a job holds {}", jobPages,
-                                             kMostDocumentPages));
-    std::vector<DocumentPage> layout;
-    for (std::size_t i = 0; i < pages.size(); ++i) {
-        const PageSize size = SizeOf(pages[i], i, resolution);
-        layout.push_back({i, size, TilesOf(size, grid)});
-    }
-    return layout;
-}
-
-int64_t ContainerBytes(const std::vector<DocumentPage>& pages, const ColorMode& mode) {
-    int64_t bytes = 0;
-    for (const DocumentPage& page : pages)
-        for (const PageArea& tile : page.Tiles)
-            for (const ColorantInfo& colorant : mode.Colorants)
-                bytes += tile.Rows *
-                         PackedRowBytes(tile.Width, static_cast<int32_t>(colorant.ColorDepth));
-    return bytes;
-}
-
-/// Says each thing once however many pages it concerns.
-class Warnings {
-  public:
-    void Add(const std::string& text) {
-        if (said_.insert(text).second) fmt::print(stderr, "driverhost: warning: {}\n", text);
-    }
-    void AddPlan(const InkPlan& plan, const std::string& mode) {
-        for (const std::string& ink : plan.MixedSpots)
-            Add(
-                fmt::format("colour mode \"{}\" has no channel for the spot ink \"{}\"; it is "
-                            "printed with process inks",
-                            mode, ink));
-        for (const std::string& ink : plan.LostInks)
-            Add(fmt::format("colour mode \"{}\" has no channel for {}; it is left out", mode, ink));
-    }
-
-  private:
-    std::set<std::string> said_;
-};
-
 void MoveIntoPlace(const fs::path& from, const fs::path& to) {
     std::error_code error;
     fs::rename(from, to, error);
@@ -114,41 +60,55 @@ void MoveIntoPlace(const fs::path& from, const fs::path& to) {
         throw HostError(kFailed, fmt::format("cannot write {}: {}", to.string(), error.message()));
 }
 
+/// Rasterises, separates and screens all pages.
+void WriteContainer(const fs::path& workFolder, Rasterizer& rasterizer, const Artwork& artwork,
+                    const ChosenPrint& chosen, const std::vector<DocumentPage>& pages,
+                    int64_t bandPixels) {
+    const std::vector<ColorantInfo>& colorants = chosen.Mode.Colorants;
+    ContainerWriter writer(workFolder / kContainerName, ContainerBytes(pages, chosen.Mode));
+    InkScreens screens;
+    for (std::size_t i = 0; i < colorants.size(); ++i)
+        screens.push_back(MakeDispersedScreen(i, static_cast<int32_t>(colorants[i].ColorDepth)));
+    PageSeparator separator(rasterizer, writer, workFolder, chosen, screens, bandPixels,
+                            pages.size() * pages.front().Tiles.size());
+    Warnings warnings;
+    for (const DocumentPage& page : pages) {
+        const InkPlan plan = PlanInks(colorants, artwork.Pages()[page.Index].Spots);
+        warnings.AddPlan(plan, chosen.Mode.Name);
+        for (const std::string& complaint : separator.WritePage(page, plan))
+            warnings.Add(fmt::format("page {}: Ghostscript: {}", page.Index + 1, complaint));
+        const std::string tiles =
+            page.Tiles.size() == 1 ? "" : fmt::format(", {} tiles", page.Tiles.size());
+        fmt::print("page {} of {}: {} x {} pixels, {} separations{}\n", page.Index + 1,
+                   pages.size(), page.Size.Width, page.Size.Rows, colorants.size(), tiles);
+        std::fflush(stdout);
+    }
+    writer.Close();
+}
+
 }  // namespace
 
 void MakeJob(const MakeJobOptions& options) {
     const fs::path input = fs::absolute(options.Input);
-    const fs::path job = fs::absolute(options.Job);
+    const fs::path job = options.Job.empty() ? fs::path() : fs::absolute(options.Job);
     const TileGrid tiles = ParseTileGrid(options.Tiles);
-    CheckJobPath(job);
+    if (!job.empty())
+        CheckJobPath(job);
+    else if (!options.DryRun)
+        throw HostError(kUsage, "--output is required");
     const ChosenPrint chosen = AskDriver(options);
 
-    const WorkFolder work(job);
+    const WorkFolder work(options.DryRun ? fs::temp_directory_path() / "driverhost" : job);
     Rasterizer rasterizer(work.Path(), std::chrono::seconds(options.TimeoutSeconds));
     Artwork artwork(input, rasterizer, options.PictureDpi);
     const std::vector<DocumentPage> pages = LayOut(artwork.Pages(), chosen.Resolution, tiles);
     artwork.Prepare();
-
-    const fs::path container = work.Path() / "pages.tif";
-    ContainerWriter writer(container, ContainerBytes(pages, chosen.Mode));
-    InkScreens screens;
-    for (std::size_t i = 0; i < chosen.Mode.Colorants.size(); ++i)
-        screens.push_back(
-            MakeDispersedScreen(i, static_cast<int32_t>(chosen.Mode.Colorants[i].ColorDepth)));
-    PageSeparator separator(rasterizer, writer, work.Path(), chosen, screens, options.BandPixels,
-                            pages.size() * pages.front().Tiles.size());
-    Warnings warnings;
-    for (const DocumentPage& page : pages) {
-        const InkPlan plan = PlanInks(chosen.Mode.Colorants, artwork.Pages()[page.Index].Spots);
-        warnings.AddPlan(plan, chosen.Mode.Name);
-        for (const std::string& complaint : separator.WritePage(page, plan))
-            warnings.Add(fmt::format("page {}: Ghostscript: {}", page.Index + 1, complaint));
-        fmt::print("page {} of {}: {} x {} pixels, {} separations{}\n", page.Index + 1,
-                   pages.size(), page.Size.Width, page.Size.Rows, chosen.Mode.Colorants.size(),
-                   tiles.IsWhole() ? "" : fmt::format(", {} tiles", page.Tiles.size()));
-        std::fflush(stdout);
+    if (options.DryRun) {
+        ReportDryRun({rasterizer, artwork, chosen, pages, work.Path(), job.parent_path(),
+                      options.BandPixels});
+        return;
     }
-    writer.Close();
+    WriteContainer(work.Path(), rasterizer, artwork, chosen, pages, options.BandPixels);
 
     JobSettings settings;
     settings.Model = options.Model;
@@ -160,7 +120,7 @@ void MakeJob(const MakeJobOptions& options) {
     WriteJobHeader(work.Path() / "job", settings);
     WriteJobSettings(work.Path() / "settings.json", settings);
     MoveIntoPlace(work.Path() / "settings.json", SettingsOf(job));
-    MoveIntoPlace(container, ContainerOf(job));
+    MoveIntoPlace(work.Path() / kContainerName, ContainerOf(job));
     MoveIntoPlace(work.Path() / "job", job);  // last: a job file has its other files beside it
     fmt::print("{}: {} page{} for {}, {} x {} dpi, {}\n", options.Job, pages.size(),
                pages.size() == 1 ? "" : "s", options.Model, settings.XResolution,
@@ -182,12 +142,13 @@ void AddMakeJobCommand(CommandTree& tree) {
     command
         .add_option("-o,--output", options.Job,
                     "The job file; JOB.pages.tif and JOB.settings.json appear beside it")
-        ->required()
         ->type_name(kFileArgument);
     command
         .add_option("--tiles", options.Tiles,
                     "Cut every page into so many columns and rows of tiles")
         ->type_name("COLUMNSxROWS");
+    command.add_flag("--dry-run", options.DryRun,
+                     "Make nothing: say the pages' sizes, their inks and the disk space needed");
     command
         .add_option("--picture-dpi", options.PictureDpi,
                     "Pixels per inch that a picture has, whatever it says itself")
@@ -215,5 +176,7 @@ void AddMakeJobCommand(CommandTree& tree) {
          "driverhost make-job poster.pdf --model \"Fenland F8\" --media Glass --print-mode Fine "
          "\\\n"
          "      --resolution 1200x600 --color-mode \"CMYK, White, Varnish, contone\" -o "
-         "glass.job"});
+         "glass.job",
+         "driverhost make-job photo.png --model \"Fenland T4\" --tiles 3x2 -o wall.job",
+         "driverhost make-job photo.png --model \"Fenland R4\" --picture-dpi 150 --dry-run"});
 }

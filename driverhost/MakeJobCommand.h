@@ -13,6 +13,7 @@ struct MakeJobOptions {
     std::string Job;
     ChoiceOptions Choice;
     std::string Tiles;      ///< "COLUMNSxROWS"; empty: pages in one piece
+    bool DryRun = false;    ///< `Job` may then be empty
     double PictureDpi = 0;  ///< 0: the picture's own
     int64_t TimeoutSeconds = 300;
     /// Most pixels of one rasteriser run. Its composite picture takes four bytes a pixel and must

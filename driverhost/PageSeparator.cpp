@@ -3,11 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
-#include <memory>
 #include <system_error>
 
 #include "driverhost/HostError.h"
+#include "driverhost/InkRows.h"
 #include "platform/Program.h"
 
 namespace fs = std::filesystem;
@@ -17,27 +16,6 @@ namespace {
 /// Rows that a band is rasterised beyond its own, above and below: the rasteriser places a letter
 /// that its picture cuts up to a pixel away from where it places a whole one.
 constexpr int64_t kMarginRows = 512;
-
-/// One plate of a source, and what each of its amounts adds to the channel.
-class PartReader {
-  public:
-    PartReader(const std::vector<PlateBand>& bands, const PlatePart& part, int64_t width)
-        : plate_(bands, part.Plate, width), row_(static_cast<std::size_t>(width)) {
-        for (std::size_t amount = 0; amount < amounts_.size(); ++amount)
-            amounts_[amount] = AmountOf(part.Part, static_cast<uint8_t>(amount));
-    }
-
-    void AddRow(std::span<uint8_t> sum) {
-        plate_.ReadRow(row_);
-        for (std::size_t x = 0; x < sum.size(); ++x)
-            sum[x] = static_cast<uint8_t>(std::min(sum[x] + amounts_[row_[x]], 255));
-    }
-
-  private:
-    PlateReader plate_;
-    std::vector<uint8_t> row_;
-    std::array<uint8_t, 256> amounts_ = {};
-};
 
 }  // namespace
 
@@ -128,9 +106,7 @@ void PageSeparator::WriteSeparation(const SeparationHeader& header, const Docume
                                     const PageArea& tile, const InkSource& source,
                                     const InkScreen& screen) {
     const std::vector<PlateBand> bands = BandsOfRows(bands_, tile.FirstRow, tile.Rows);
-    std::vector<std::unique_ptr<PartReader>> parts;
-    for (const PlatePart& part : source)
-        parts.push_back(std::make_unique<PartReader>(bands, part, page.Size.Width));
+    InkRows rows(bands, source, page.Size.Width);
     // Every tile is cut from the page's whole rows.
     std::vector<uint8_t> amounts(static_cast<std::size_t>(page.Size.Width));
     const std::span<const uint8_t> tileAmounts = std::span(amounts).subspan(
@@ -140,9 +116,7 @@ void PageSeparator::WriteSeparation(const SeparationHeader& header, const Docume
     container_.BeginSeparation(header);
     for (int64_t row = 0; row < tile.Rows; ++row) {
         if (InterruptNoted()) throw HostError(kAborted, "interrupted");
-        std::fill(amounts.begin(), amounts.end(), uint8_t{0});
-        for (const std::unique_ptr<PartReader>& part : parts)
-            part->AddRow(amounts);
+        rows.ReadRow(amounts);
         screen.ScreenRow(tileAmounts, {tile.FirstColumn, tile.FirstRow + row}, packed);
         container_.WriteRow(packed);
     }

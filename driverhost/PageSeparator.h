@@ -9,20 +9,9 @@
 #include "driverhost/ChoiceOptions.h"
 #include "driverhost/Container.h"
 #include "driverhost/InkScreen.h"
+#include "driverhost/PageLayout.h"
 #include "driverhost/Plates.h"
 #include "driverhost/Rasterizer.h"
-#include "driverhost/TileGrid.h"
-
-/// Longest side of a page: 88 m at 1440 dpi. A band of one screen's height with its margins still
-/// stays below the rasteriser's limit.
-inline constexpr int64_t kMostPageSide = 5'000'000;
-
-/// One page of the document.
-struct DocumentPage {
-    std::size_t Index = 0;  ///< from 0
-    PageSize Size;
-    std::vector<PageArea> Tiles;  ///< each a page of the job; one of the whole size: not cut
-};
 
 /// How the ink amounts of each colorant are screened, in the colour mode's order.
 using InkScreens = std::vector<std::unique_ptr<InkScreen>>;

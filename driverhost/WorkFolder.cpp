@@ -28,7 +28,8 @@ std::uintmax_t FolderBytes(const fs::path& folder) {
     for (fs::recursive_directory_iterator entry(folder, error), end; !error && entry != end;
          entry.increment(error)) {
         std::error_code gone;
-        const std::uintmax_t size = entry->is_regular_file(gone) ? entry->file_size(gone) : 0;
+        const std::uintmax_t size =
+            entry->is_regular_file(gone) && !entry->is_symlink(gone) ? entry->file_size(gone) : 0;
         if (!gone) bytes += size;
     }
     return bytes;

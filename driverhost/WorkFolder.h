@@ -19,5 +19,5 @@ class WorkFolder {
     std::filesystem::path path_;
 };
 
-/// Bytes of all files below a folder that another program may be writing to.
+/// Bytes of all files below a folder that another program may be writing to; links count nothing.
 std::uintmax_t FolderBytes(const std::filesystem::path& folder);

@@ -37,7 +37,7 @@ TEST_F(DriverHost, RefusesDocumentsThatCannotBePrinted) {
         {"folder.pdf", {}, "is no file"},
         {"locked.pdf", {}, "password"},
         {"empty.pdf", "", "is empty"},
-        {"program.pdf", "%!PS\n(x) print\n", "is no PDF"},
+        {"program.pdf", "%!PS\n(x) print\n", "shows no page"},
         {"garbage.pdf", "%PDF-1.4\nnothing of a PDF follows", "driverhost: "},
         {"nopages.pdf", Pdf({}), "no pages"},
         {"nobox.pdf", Pdf({{"", ""}}), "driverhost: "},

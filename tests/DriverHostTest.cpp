@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
-#include <tiffio.h>
 
 #include <bit>
 #include <nlohmann/json.hpp>
@@ -10,7 +9,7 @@
 #include <tuple>
 
 #include "DriverHostFixture.h"
-#include "driverhost/TiffFile.h"
+#include "Rasters.h"
 
 namespace {
 
@@ -18,28 +17,6 @@ namespace {
 const Page kSpots = {"0 0 72 72",
                      "/S0 cs 1 scn 0 36 36 36 re f /S1 cs 1 scn 36 36 36 36 re f "
                      "0 0 0 1 k 0 0 72 36 re f"};
-
-/// One separation of a container or one channel file.
-struct Raster {
-    std::string Name;
-    std::vector<std::string> Lines;
-};
-
-std::vector<Raster> ReadTiff(const fs::path& path) {
-    std::vector<Raster> rasters;
-    const TiffFile tiff = OpenTiff(path, "r");
-    for (bool more = tiff != nullptr; more; more = TIFFReadDirectory(tiff.get()) == 1) {
-        char* name = nullptr;
-        uint32_t rows = 0;
-        TIFFGetField(tiff.get(), TIFFTAG_PAGENAME, &name);
-        TIFFGetField(tiff.get(), TIFFTAG_IMAGELENGTH, &rows);
-        const auto rowBytes = static_cast<std::size_t>(TIFFScanlineSize(tiff.get()));
-        rasters.push_back({name == nullptr ? "" : name, {rows, std::string(rowBytes, '\0')}});
-        for (uint32_t row = 0; row < rows; ++row)
-            EXPECT_EQ(TIFFReadScanline(tiff.get(), rasters.back().Lines[row].data(), row), 1);
-    }
-    return rasters;
-}
 
 /// The rows of a channel of 8 bits a pixel from top to bottom: a TIFF, or bottom line first without
 /// any header. Every line ends in a whole 32-pixel word.

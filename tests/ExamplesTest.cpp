@@ -11,6 +11,7 @@ namespace {
 constexpr char kPrepare[] =
     "mkdir prepared && cd prepared && ln -s \"$host\" \"$tools/driverhost\""
     " && cp ../a.pdf poster.pdf && touch glass.bmp"
+    " && gs -q -dBATCH -dNOPAUSE -r100 -sDEVICE=png16m -sOutputFile=photo.png poster.pdf"
     " && driverhost make-job poster.pdf --model 'Fenland R4' -o poster.job"
     " && driverhost make-job poster.pdf --model 'Fenland F8' -o glass.job"
     " && driverhost run poster.job --out printed && cp -R printed reprinted"

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "driverhost/Artwork.h"
+#include "driverhost/ChoiceOptions.h"
+#include "driverhost/PageLayout.h"
+
+/// What make-job would make, without making it.
+struct DryRun {
+    Rasterizer& Gs;
+    const Artwork& Source;
+    const ChosenPrint& Chosen;
+    const std::vector<DocumentPage>& Pages;
+    std::filesystem::path WorkFolder;
+    std::filesystem::path JobFolder;  ///< where the job would go; empty: not said
+    int64_t BandPixels = 0;
+};
+
+/// Prints the pages' sizes, their inks and the disk space that the job needs at most.
+void ReportDryRun(const DryRun& plan);

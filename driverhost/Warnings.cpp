@@ -1,0 +1,19 @@
+#include "driverhost/Warnings.h"
+
+#include <fmt/format.h>
+
+#include <cstdio>
+
+void Warnings::Add(const std::string& text) {
+    if (said_.insert(text).second) fmt::print(stderr, "driverhost: warning: {}\n", text);
+}
+
+void Warnings::AddPlan(const InkPlan& plan, const std::string& mode) {
+    for (const std::string& ink : plan.MixedSpots)
+        Add(
+            fmt::format("colour mode \"{}\" has no channel for the spot ink \"{}\"; it is printed "
+                        "with process inks",
+                        mode, ink));
+    for (const std::string& ink : plan.LostInks)
+        Add(fmt::format("colour mode \"{}\" has no channel for {}; it is left out", mode, ink));
+}
