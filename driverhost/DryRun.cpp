@@ -46,9 +46,14 @@ int64_t ChannelBytes(const DocumentPage& page, const ColorMode& mode) {
     return lineBytes * static_cast<int64_t>(mode.Colorants.size());
 }
 
-std::string Megabytes(int64_t bytes) {
-    constexpr double kMegabyte = 1e6;
-    return fmt::format("{:.1f} MB", static_cast<double>(bytes) / kMegabyte);
+std::string SizeText(int64_t bytes) {
+    constexpr int64_t kKilobyte = 1000;
+    constexpr int64_t kMegabyte = 1'000'000;
+    const bool isSmall = bytes < kMegabyte;
+    return fmt::format(
+        "{:.1f} {}",
+        static_cast<double>(bytes) / static_cast<double>(isSmall ? kKilobyte : kMegabyte),
+        isSmall ? "kB" : "MB");
 }
 
 std::string InkText(const InkUse& use, const ColorMode& mode) {
@@ -100,10 +105,10 @@ void ReportDryRun(const DryRun& run) {
     const auto document = static_cast<int64_t>(FolderBytes(run.WorkFolder));
     fmt::print(
         "disk space: at most {} for the job, {} while it is made; {} for its channel files\n",
-        Megabytes(job), Megabytes(job + plates + document), Megabytes(channels));
+        SizeText(job), SizeText(job + plates + document), SizeText(channels));
     std::error_code error;
     const fs::space_info space = fs::space(run.JobFolder, error);
     if (!run.JobFolder.empty() && !error)
         fmt::print("free in {}: {}\n", run.JobFolder.string(),
-                   Megabytes(static_cast<int64_t>(space.available)));
+                   SizeText(static_cast<int64_t>(space.available)));
 }

@@ -41,6 +41,15 @@ std::string Readable(std::string_view line) {
     return text;
 }
 
+/// What a PostScript program may become: one that draws for ever ends there.
+std::uintmax_t MostConvertedBytes(const fs::path& program) {
+    constexpr std::uintmax_t kAlways = std::uintmax_t{4} << 30;
+    constexpr std::uintmax_t kTimesItsSize = 100;
+    std::error_code error;
+    const std::uintmax_t bytes = fs::file_size(program, error);
+    return error ? kAlways : std::max(kAlways, bytes * kTimesItsSize);
+}
+
 /// The lines of a log that complain.
 std::vector<std::string> ComplaintsIn(const std::string& log) {
     std::vector<std::string> lines;
@@ -121,7 +130,9 @@ void Rasterizer::ConvertPostScript(const fs::path& program) {
                      kMostDocumentPages),
          "-f", link.filename().string(), "-c",
          fmt::format("({}) print currentpagedevice /PageCount get = flush", kPageCountLabel)});
+    mostBytes_ = MostConvertedBytes(program);
     const std::string log = RunToEnd(arguments, workFolder_, "running the PostScript");
+    mostBytes_ = UINTMAX_MAX;
     // A program that shows nothing leaves a blank page.
     const std::size_t label = log.rfind(kPageCountLabel);
     if (label != std::string::npos &&
@@ -222,10 +233,10 @@ void Rasterizer::WaitFor(ChildProcess& process, const std::string& what) {
         bytes = current;
         std::error_code absent;
         const std::uintmax_t logBytes = fs::file_size(workFolder_ / "log.txt", absent);
-        const bool floods = !absent && logBytes > kMostLogBytes;
+        const bool floods = (!absent && logBytes > kMostLogBytes) || bytes > mostBytes_;
         if (now - progress <= timeout_ && !floods) continue;
         process.Kill();
-        throw HostError(kFailed, floods ? fmt::format("Ghostscript floods its log at {}", what)
+        throw HostError(kFailed, floods ? fmt::format("Ghostscript writes without end at {}", what)
                                         : fmt::format("Ghostscript made no progress for {} s at "
                                                       "{} and was stopped",
                                                       timeout_.count(), what));

@@ -61,5 +61,6 @@ class Rasterizer {
     std::filesystem::path workFolder_;
     std::filesystem::path document_;
     std::chrono::seconds timeout_;
+    std::uintmax_t mostBytes_ = UINTMAX_MAX;  ///< in the work folder while a run goes on
     std::vector<std::string> complaints_;
 };

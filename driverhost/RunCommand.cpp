@@ -158,6 +158,8 @@ void RunToEnd(JobRun& run, const ReadyJob& job) {
 }
 
 void Run(const ReadyJob& job, const RunOptions& options, JobReport& report) {
+    if (options.OneFolder && !job.Settings.Tiles.IsWhole())
+        throw HostError(kUsage, "a job in tiles needs a folder for each of them");
     const fs::path folder = PrepareFolder(options.OutputFolder);
     const std::string thumbnail = ThumbnailOf(options);
     const Listing before = ListFiles(folder);

@@ -148,10 +148,10 @@ TEST_F(MakeJobInputs, PassesColourProfilesOn) {
     Draw("tiff24nc", "a.tif");
     const auto inks = [this] {
         EXPECT_EQ(MakeJob("a.tif", {"--color-mode", "2"}).Status, 0);
-        std::string inks;
+        std::string amounts;
         for (const Raster& raster : ReadTiff(Path("job.pages.tif")))
-            inks += raster.Lines.at(9).at(9);
-        return inks;
+            amounts += raster.Lines.at(9).at(9);
+        return amounts;
     };
     const std::string profiles = "/usr/share/color/icc/ghostscript/";
     const auto tag = [this, &profiles](const char* profile) {
@@ -281,6 +281,7 @@ TEST_F(MakeJobInputs, TilesMeetWithoutASeam) {
                                                  tile / 3 + 1, tile % 3 + 1)))
             << folder << ticket;
     }
+    EXPECT_EQ(Host({"run", "job", "--out", "o", "--one-folder"}).Status, 2);
     Write("job.settings.json", R"({"media": 0, "printMode": 1, "resolution": 2,
                                    "tiles": {"columns": 4, "rows": 1}})");
     EXPECT_TRUE(Contains(Host({"run", "job", "--out", "o"}).Output, "no whole number of 4 x 1"));
