@@ -179,6 +179,8 @@ void Rasterizer::Separate(const BandRequest& band, const InkPlan& plan, const fs
          fmt::format("-dLastPage={}", band.PageNumber),
          fmt::format("-sOutputFile={}", gray ? "plate(Gray).tif" : "plate.tif")});
     if (!gray) arguments.push_back(fmt::format("-dMaxSpots={}", plan.KeptSpots.size()));
+    // By the profiles, full black ink is a dark grey: type would be screened.
+    if (gray) arguments.emplace_back("-dUseFastColor");
     arguments.insert(arguments.end(), {"setup.ps", "../" + document_.filename().string()});
     const std::string log = RunToEnd(arguments, folder, fmt::format("page {}", band.PageNumber));
     const std::vector<std::string> complaints = ComplaintsIn(log);

@@ -74,7 +74,7 @@ TEST_F(MakeJobInputs, PrintsEveryKindOfPictureAtItsSize) {
         {"tiff32nc", "how='-p separate -c lzw'", {}, 360},
         {"tiff24nc", "how='-t -w 32 -l 16'", {}, 360},
         {"tiff24nc", "how='-p separate -t -w 32 -l 16 -c packbits'", {}, 360},
-        {"tiff24nc", "how='-c jpeg:100'", {}, 360},
+        {"tiff24nc", "how='-r 16 -c jpeg:100'", {}, 360},
         {"tiffgray", "tiffset -s 296 1 a.pic", {}, 120},
         {"tiffgray", "tiffset -s 296 3 a.pic", {}, 142},
     };
@@ -287,7 +287,7 @@ TEST_F(MakeJobInputs, TilesMeetWithoutASeam) {
     EXPECT_TRUE(Contains(Host({"run", "job", "--out", "o"}).Output, "no whole number of 4 x 1"));
     for (const char* const grid : {"3", "0x2", "3x", "3x2x1", "-1x2", "99999x1"})
         EXPECT_EQ(MakeJob("slope.ps", {"--tiles", grid}).Status, 2) << grid;
-    EXPECT_TRUE(Contains(MakeJob("slope.ps", {"--tiles", "100x1"}).Output, "cannot be cut"));
+    EXPECT_TRUE(Contains(MakeJob("slope.ps", {"--tiles", "150x1"}).Output, "cannot be cut"));
 }
 
 TEST_F(MakeJobInputs, ADryRunSaysWhatAJobNeedsAndMakesNothing) {

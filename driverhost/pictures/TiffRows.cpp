@@ -55,8 +55,8 @@ TiffRows::TiffRows(const std::filesystem::path& path, uint64_t directoryOffset,
 bool TiffRows::Read(int32_t plane, int64_t row, std::span<uint8_t> packed) {
     const auto index = static_cast<std::size_t>(plane);
     if (!layout_.IsTiled)
-        return TIFFReadScanline(planes_[index].get(), packed.data(), static_cast<uint32_t>(row)) ==
-               1;
+        return TIFFReadScanline(planes_[index].get(), packed.data(), static_cast<uint32_t>(row),
+                                static_cast<uint16_t>(plane)) == 1;
     if (row % tileRows_ == 0 && !ReadTiles(index, row)) return false;
     const auto at = tileRow_[index].begin() + row % tileRows_ * layout_.RowBytes();
     std::copy_n(at, packed.size(), packed.begin());
