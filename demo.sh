@@ -58,6 +58,11 @@ picture_of flatbed label --paper 5A7A6A
 print_document "$demo/artwork/default-testpage.pdf" "Fenland F8" flatbed
 print_document "$demo/artwork/label.pdf" "Fenland W6" white
 picture_of white label
+say "The binary header that the driver wrote beside these channels, field by field"
+"$host" header FenlandW6.txt --page "$demo/jobs/label-white.job" \
+    --file "$demo/printed/white/label/label.hdr"
+say "Its job ticket"
+cat "$demo/printed/white/label/FenlandW6Job.xml"
 print_document "$demo/artwork/banner.pdf" "Fenland T4" wide --print-mode Billboard
 picture_of wide banner
 print_document "$demo/artwork/ticket.pdf" "Fenland S1" film

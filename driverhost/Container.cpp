@@ -6,6 +6,7 @@
 
 #include "driverhost/Halftone.h"
 #include "driverhost/HostError.h"
+#include "driverhost/JobFile.h"
 
 namespace fs = std::filesystem;
 
@@ -91,6 +92,19 @@ std::vector<ContainerPage> ReadContainerPages(const fs::path& path) {
         page = {width, rows, std::max<int32_t>(page.Bits, bits), double{x}, double{y}};
     } while (TIFFReadDirectory(tiff.get()) == 1);
     return pages;
+}
+
+std::vector<ContainerPage> ReadJobPages(const fs::path& job) {
+    std::error_code error;
+    fs::path container = ContainerOf(job);
+    if (!fs::exists(container, error)) {
+        container = job;
+        container += ".tif";
+    }
+    if (!fs::exists(container, error))
+        throw HostError(kFailed,
+                        fmt::format("the job's pages, {}, are missing", ContainerOf(job).string()));
+    return ReadContainerPages(container);
 }
 
 bool IsContainer(const fs::path& path) {

@@ -56,5 +56,9 @@ struct ContainerPage {
 /// driver is the one to refuse them. Throws HostError for a file that is no container.
 std::vector<ContainerPage> ReadContainerPages(const std::filesystem::path& path);
 
+/// The pages of a job's container, the one beside it or the one of the older name. Throws
+/// HostError when it is missing or none.
+std::vector<ContainerPage> ReadJobPages(const std::filesystem::path& job);
+
 /// Whether a TIFF file is a job container: its first directory names a separation or a page.
 bool IsContainer(const std::filesystem::path& path);

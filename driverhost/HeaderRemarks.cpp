@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <filesystem>
 #include <string>
+#include <system_error>
 
 #include "host/Numbers.h"
 #include "host/Text.h"
@@ -250,4 +252,11 @@ HeaderExplanation ExplainHeader(std::string_view text, const std::vector<HeaderK
     }
     explainer.Finish();
     return explanation;
+}
+
+void NoteCut(const AFilePath& path, std::string_view text, const TemplateRemarks& remarks) {
+    std::error_code error;
+    const std::uintmax_t bytes = std::filesystem::file_size(path.fullPath(), error);
+    if (!error && bytes > text.size() + 1)
+        remarks.Warning(text.size(), "a NUL byte ends the template: what follows is not read");
 }

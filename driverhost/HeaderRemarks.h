@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "driverhost/TemplateRemarks.h"
+#include "host/AFilePath.h"
 #include "plugin/output/HeaderFields.h"
 
 /// A header template as the driver's own reader takes it.
@@ -19,3 +20,6 @@ struct HeaderExplanation {
 /// other than it is written.
 HeaderExplanation ExplainHeader(std::string_view text, const std::vector<HeaderKeyword>& keywords,
                                 const TemplateRemarks& remarks);
+
+/// Remarks that the template at `path`, of which `text` is read, goes on behind a NUL byte.
+void NoteCut(const AFilePath& path, std::string_view text, const TemplateRemarks& remarks);

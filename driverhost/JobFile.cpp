@@ -96,7 +96,7 @@ void WriteJobSettings(const fs::path& file, const JobSettings& settings) {
     WriteFile(file, text.data(), text.size());
 }
 
-JobSettings ReadJob(const fs::path& job) {
+JobFileHeader ReadJobHeader(const fs::path& job) {
     std::error_code error;
     const fs::file_status status = fs::status(job, error);
     if (!fs::exists(status))
@@ -109,6 +109,11 @@ JobSettings ReadJob(const fs::path& job) {
     if (file.gcount() != sizeof header)
         throw HostError(kFailed, fmt::format("{} is no job file: it has {} bytes instead of {}",
                                              job.string(), file.gcount(), sizeof header));
+    return header;
+}
+
+JobSettings ReadJob(const fs::path& job) {
+    const JobFileHeader header = ReadJobHeader(job);
     JobSettings settings;
     settings.Model = TextOf(header.PrinterName);
     settings.SourceName = TextOf(header.OriginalFileName);

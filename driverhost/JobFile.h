@@ -31,6 +31,9 @@ std::filesystem::path SettingsOf(const std::filesystem::path& job);
 void WriteJobHeader(const std::filesystem::path& file, const JobSettings& settings);
 void WriteJobSettings(const std::filesystem::path& file, const JobSettings& settings);
 
-/// Reads a job's header and the settings beside it. Throws HostError for a file that is missing,
-/// too short or not written as above.
+/// Reads a job's header. Throws HostError for a file that is missing or too short.
+JobFileHeader ReadJobHeader(const std::filesystem::path& job);
+
+/// Reads a job's header and the settings beside it. Throws HostError as above, and for settings
+/// that are not written as above.
 JobSettings ReadJob(const std::filesystem::path& job);

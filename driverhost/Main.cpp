@@ -8,6 +8,7 @@
 #include "driverhost/CapabilitiesCommand.h"
 #include "driverhost/CommandTree.h"
 #include "driverhost/DiffCommand.h"
+#include "driverhost/HeaderCommand.h"
 #include "driverhost/HelpCommands.h"
 #include "driverhost/HalftoneCommand.h"
 #include "driverhost/HostError.h"
@@ -16,6 +17,7 @@
 #include "driverhost/ModelsCommand.h"
 #include "driverhost/ProofCommand.h"
 #include "driverhost/RunCommand.h"
+#include "driverhost/TicketCommand.h"
 #include "driverhost/check/CheckCommand.h"
 #include "platform/Program.h"
 
@@ -72,6 +74,8 @@ int Run(int argc, char** argv) {
     AddDiffCommand(tree);
     AddProofCommand(tree);
     AddCheckCommand(tree);
+    AddHeaderCommand(tree);
+    AddTicketCommand(tree);
     AddHelpCommands(tree);
     try {
         app.parse(argc, argv);

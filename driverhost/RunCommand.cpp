@@ -60,19 +60,6 @@ ChosenPrint ChooseFor(const Capabilities& capabilities, const RunOptions& option
     return Choose(capabilities, choice);
 }
 
-std::vector<ContainerPage> PagesOf(const fs::path& job) {
-    std::error_code error;
-    fs::path container = ContainerOf(job);
-    if (!fs::exists(container, error)) {
-        container = job;
-        container += ".tif";
-    }
-    if (!fs::exists(container, error))
-        throw HostError(kFailed,
-                        fmt::format("the job's pages, {}, are missing", ContainerOf(job).string()));
-    return ReadContainerPages(container);
-}
-
 /// The drivers of this program: one for each model, since a driver keeps the first that it meets.
 class Drivers {
   public:
@@ -103,7 +90,7 @@ ReadyJob Prepare(const std::string& job, const RunOptions& options, Drivers& dri
         throw HostError(kUsage, fmt::format("a job's path has at most {} bytes",
                                             sizeof JobStatusRecord::JobFilePath - 1));
     const JobSettings settings = ReadJob(path);
-    const std::vector<ContainerPage> pages = PagesOf(path);
+    const std::vector<ContainerPage> pages = ReadJobPages(path);
     const std::string sourceName = SourceNameOf(options, settings);
     DriverInterface& driver = drivers.For(settings.Model);
     const Capabilities capabilities(driver, settings.Model);

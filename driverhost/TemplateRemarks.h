@@ -6,7 +6,6 @@
 
 #include "driverhost/check/Findings.h"
 #include "driverhost/check/TextPositions.h"
-#include "host/AFilePath.h"
 
 /// Takes what is to be said of places in one template, for a list of findings.
 class TemplateRemarks {

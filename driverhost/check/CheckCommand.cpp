@@ -58,14 +58,6 @@ std::string Summary(const Findings& found) {
     return text;
 }
 
-void PrintText(const Findings& found) {
-    for (const Findings::File& file : found.Files()) {
-        for (const Finding& finding : file.List) {
-            fmt::print("{}\n", FindingLine(file.Name, finding));
-        }
-    }
-}
-
 void PrintJson(const Findings& found) {
     using Json = nlohmann::ordered_json;
     Json list = Json::array();
@@ -104,7 +96,7 @@ int CheckModelData(const CheckOptions& options) {
     if (options.Json) {
         PrintJson(run.Found);
     } else {
-        PrintText(run.Found);
+        PrintFindings(run.Found, stdout);
         fmt::print("{}\n", Summary(run.Found));
     }
     const bool fails = run.Found.Errors() > 0 || (options.Strict && run.Found.Warnings() > 0);

@@ -38,24 +38,27 @@ std::size_t EditDistance(std::string_view from, std::string_view to) {
     return costs.back();
 }
 
-/// Names in files may hold anything; a finding is one line.
-std::string OneLine(std::string text) {
-    const auto isControl = [](char character) {
-        return static_cast<unsigned char>(character) < 0x20 || character == 0x7F;
-    };
-    std::replace_if(text.begin(), text.end(), isControl, '?');
-    return text;
-}
-
 }  // namespace
 
 const char* LevelName(Severity level) {
     return level == Severity::kError ? "error" : "warning";
 }
 
-std::string FindingLine(const std::string& file, const Finding& finding) {
-    return fmt::format("{}:{}:{}: {}: {}", OneLine(file), finding.Position.Line,
+void PrintFindings(const Findings& findings, std::FILE* stream) {
+    for (const Findings::File& file : findings.Files()) {
+        for (const Finding& finding : file.List) {
+            fmt::print(stream, "{}:{}:{}: {}: {}\n", OneLine(file.Name), finding.Position.Line,
                        finding.Position.Column, LevelName(finding.Level), OneLine(finding.Text));
+        }
+    }
+}
+
+std::string OneLine(std::string text) {
+    const auto isControl = [](char character) {
+        return static_cast<unsigned char>(character) < 0x20 || character == 0x7F;
+    };
+    std::replace_if(text.begin(), text.end(), isControl, '?');
+    return text;
 }
 
 bool Findings::BeginFile(const std::string& file) {

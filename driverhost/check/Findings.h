@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdio>
 #include <map>
 #include <string>
 #include <string_view>
@@ -59,8 +60,11 @@ class Findings {
 
 const char* LevelName(Severity level);
 
-/// FILE:LINE:COLUMN: LEVEL: TEXT, whatever characters the file's name and content hold.
-std::string FindingLine(const std::string& file, const Finding& finding);
+/// One line a finding: FILE:LINE:COLUMN: LEVEL: TEXT.
+void PrintFindings(const Findings& findings, std::FILE* stream);
+
+/// A text without line ends and other control characters: names in files may hold anything.
+std::string OneLine(std::string text);
 
 /// A text from a file in quotes, cut to a readable length.
 std::string Quoted(std::string_view text);

@@ -1,8 +1,5 @@
 // Templates of headers and job tickets.
 
-#include <filesystem>
-#include <system_error>
-
 #include "description/ModelOutputSettings.h"
 #include "driverhost/HeaderRemarks.h"
 #include "driverhost/TicketRemarks.h"
@@ -35,10 +32,7 @@ void CheckHeaderTemplate(CheckRun& run, const AFilePath& path) {
     if (!BeginTemplate(run, path, ReadFileText, text)) return;
     const TemplateRemarks remarks(run.Found, path.fullPath(), text);
     ExplainHeader(text, HeaderKeywords({}, {}), remarks);
-    std::error_code error;
-    const std::uintmax_t bytes = std::filesystem::file_size(path.fullPath(), error);
-    if (!error && bytes > text.size() + 1)
-        remarks.Warning(text.size(), "a NUL byte ends the template: what follows is not read");
+    NoteCut(path, text, remarks);
 }
 
 void CheckJobTicketTemplate(CheckRun& run, const AFilePath& path) {

@@ -1,0 +1,5 @@
+#pragma once
+
+class CommandTree;
+
+void AddHeaderCommand(CommandTree& tree);
