@@ -119,6 +119,42 @@ TEST_F(HeaderTest, AMalformedTextFieldEndsTheJob) {
     EXPECT_EQ(job.Run(), "0");
     EXPECT_TRUE(job.HasEnded());
     EXPECT_TRUE(Listing(folder.Out()).empty());
+    // At the page's end the channels are complete by then.
+    InstallHeader(kRules, R"(<HeaderParam name="t.txt" output="h" EndRip="YES"/>)");
+    const Page page = NumberedPage(8, 2, 4, 1);
+    Job late = StartJob({page});
+    EXPECT_EQ(late.Run(), "110");
+    EXPECT_EQ(Output("Proof_C4.raw"), ChannelBytes(page, "C4"));
+    EXPECT_FALSE(std::filesystem::exists(folder.Out() / "h"));
+}
+
+// The codes of the white treatment in effect, deeper pages, and a header that cannot be written.
+TEST_F(HeaderTest, ValuesOfThePage) {
+    const struct {
+        const char* offer;
+        int bits;
+        const char* bytes;  ///< colours, white code, several dot sizes
+    } cases[] = {
+        {"2|A,B,C;1,2,3;10,20,30", 1, "051400"},
+        {"3|A,B,C;1,2,3;10,20", 2, "050001"},
+        {"7|A;1;10", 8, "050001"},
+        {"0|A,B;0,1;9", 1, "050900"},
+        {"-1|A;1;10", 1, "040000"},
+        {"", 1, "040000"},
+    };
+    WriteTemplate("int8,QL_NCOLORS\r\nint8,QL_TYPE_WHITE_MODE\r\nint8,QL_USE_VARIABLE\r\n");
+    for (const auto& [offer, bits, bytes] : cases) {
+        InstallHeader(fmt::format(R"(CreateFolder="No" SupportWhite="{}")", offer),
+                      R"(<HeaderParam name="t.txt" output="h"/>)");
+        std::filesystem::remove(folder.Out() / "h");
+        const Page page = RandomPage(8, 2, {{"C1", bits}}, 1);
+        ASSERT_TRUE(Print({page}));
+        EXPECT_EQ(Hex(Output("h")), bytes) << offer;
+        std::filesystem::remove(folder.Out() / "h");
+        std::filesystem::create_directory(folder.Out() / "h");
+        ASSERT_TRUE(Print({page})) << "a folder in the header's place";
+        EXPECT_TRUE(folder.Messages().empty());
+    }
 }
 
 // Written when the page begins it stands in the tile's folder, written at its end in the job's.
