@@ -6,7 +6,7 @@ cd "$(dirname "$(readlink -f "$0")")"
 trap 'echo "test.sh: stopped at line $LINENO: $BASH_COMMAND" >&2' ERR
 
 mkdir -p build
-scripts/install-packages.sh
+scripts/install-packages.sh --windows
 
 for preset in release sanitize; do
     echo "== $preset: building"

@@ -41,15 +41,22 @@ std::optional<std::string_view> OptionsName(const DriverOptionBlock& block) {
     return name;
 }
 
-/// The block's options file, made anew when it stands in none of the folders; nothing when the
-/// block names no file.
-std::optional<AFilePath> FindOptionsFile(DriverOptionBlock& block) {
+/// The block's options file where it stands; nothing when it stands in none of the folders.
+std::optional<AFilePath> ExistingFile(const DriverOptionBlock& block) {
     const std::optional<std::string_view> name = OptionsName(block);
     if (!name) return std::nullopt;
     for (const std::string_view folder : kSearchedFolders) {
         AFilePath path = OptionsPath(folder, *name);
         if (path.exists()) return path;
     }
+    return std::nullopt;
+}
+
+/// The block's options file, made anew when it stands in none of the folders; nothing when the
+/// block names no file.
+std::optional<AFilePath> FindOptionsFile(DriverOptionBlock& block) {
+    if (!OptionsName(block)) return std::nullopt;
+    if (auto path = ExistingFile(block)) return path;
     CreateDriverOptionsFile(block);
     return OptionsPath(kNewFileFolder, FieldText(block.FileName, kMostNameCharacters));
 }
@@ -105,6 +112,10 @@ void CreateDriverOptionsFile(DriverOptionBlock& block) {
 
 void EnsureDriverOptions(DriverOptionBlock& block) {
     if (block.Kind != DriverOptionBlock::kNamesOptionsFile) CreateDriverOptionsFile(block);
+}
+
+bool HasDriverOptions(const DriverOptionBlock& block) {
+    return block.Kind == DriverOptionBlock::kNamesOptionsFile && ExistingFile(block).has_value();
 }
 
 int32_t ReadDriverOptions(DriverOptionBlock& block, int32_t& whiteType) {

@@ -14,6 +14,9 @@ void CreateDriverOptionsFile(DriverOptionBlock& block);
 /// Gives a block that names no options file a new one.
 void EnsureDriverOptions(DriverOptionBlock& block);
 
+/// Whether the block names an options file that stands in one of the folders.
+bool HasDriverOptions(const DriverOptionBlock& block);
+
 /// Reads the white choice (-1: none) from the block's options file. A missing file is made anew,
 /// and the block then names that. 1 when `whiteType` was read, else 0 and it stays as it was.
 int32_t ReadDriverOptions(DriverOptionBlock& block, int32_t& whiteType);

@@ -29,3 +29,11 @@ std::unique_ptr<DriverInterface> DriverLibrary::CreateDriver() const {
     if (!driver) throw HostError(kFailed, "the driver cannot be created");
     return driver;
 }
+
+void* DriverLibrary::CreatePage(DriverOptionBlock& block, PrintSettings& settings) const {
+    const auto create = reinterpret_cast<void* (*)(DriverOptionBlock*, PrintSettings*)>(
+        GetProcAddress(library_, "createDriverPage"));
+    void* const page = create == nullptr ? nullptr : create(&block, &settings);
+    if (page == nullptr) throw HostError(kFailed, "the driver has no options page");
+    return page;
+}

@@ -17,6 +17,9 @@ class DriverLibrary {
 
     /// Throws HostError when the plug-in answers none.
     std::unique_ptr<DriverInterface> CreateDriver() const;
+    /// The driver's options page, which borrows both records and belongs to the caller. Throws
+    /// HostError when there is none.
+    void* CreatePage(DriverOptionBlock& block, PrintSettings& settings) const;
 
   private:
     HMODULE library_ = nullptr;

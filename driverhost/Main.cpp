@@ -15,6 +15,7 @@
 #include "driverhost/InspectCommand.h"
 #include "driverhost/MakeJobCommand.h"
 #include "driverhost/ModelsCommand.h"
+#include "driverhost/OptionsCommand.h"
 #include "driverhost/ProofCommand.h"
 #include "driverhost/RunCommand.h"
 #include "driverhost/TicketCommand.h"
@@ -76,6 +77,7 @@ int Run(int argc, char** argv) {
     AddCheckCommand(tree);
     AddHeaderCommand(tree);
     AddTicketCommand(tree);
+    AddOptionsCommand(tree);
     AddHelpCommands(tree);
     try {
         app.parse(argc, argv);

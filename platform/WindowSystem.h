@@ -45,7 +45,8 @@ class DialogRunner {
     virtual void RunDialog(DialogSurface& dialog, HWND owner) = 0;
 };
 
-/// Real windows. A window handle is the window's number in the display server.
+/// Real windows. A window belongs to the window that this system shows at the time, if any, and
+/// comes to the front; the handle of a host's own window cannot be told to the toolkit.
 class WindowSystem : public DialogRunner {
   public:
     /// A modal message in front of its owner; answers the button.

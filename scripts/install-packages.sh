@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what the build, the tests and the demo need on Debian 12; quiet when nothing is missing.
-# scripts/install-packages.sh --lint adds the checkers that scripts/lint.sh runs.
+# --lint adds the checkers that scripts/lint.sh runs, --windows the toolkit of the window module and
+# the virtual display of its test; the driver itself needs neither.
 set -euo pipefail
 
 packages=(
@@ -14,6 +15,7 @@ packages=(
     libtiff-tools  # the tests read the channels with a program that is not ours
 )
 [ "${1:-}" = "--lint" ] && packages+=(clang-format clang-tidy)
+[ "${1:-}" = "--windows" ] && packages+=(libwxgtk3.2-dev xvfb xdotool)
 
 missing=()
 for package in "${packages[@]}"; do

@@ -14,6 +14,8 @@ constexpr char kPrepare[] =
     " && gs -q -dBATCH -dNOPAUSE -r100 -sDEVICE=png16m -sOutputFile=photo.png poster.pdf"
     " && driverhost make-job poster.pdf --model 'Fenland R4' -o poster.job"
     " && driverhost make-job poster.pdf --model 'Fenland F8' -o glass.job"
+    " && driverhost make-job poster.pdf --model 'Fenland W6' -o white.job"
+    " && printf 'select 0\\npress 1\\n' > answers.txt"
     " && driverhost run poster.job --out printed && cp -R printed reprinted"
     " && printf X | dd of=reprinted/poster/poster_C.tif bs=1 seek=2000 conv=notrunc"
     " && driverhost run glass.job --out raw --name glass"

@@ -1,0 +1,5 @@
+#pragma once
+
+class CommandTree;
+
+void AddOptionsCommand(CommandTree& tree);

@@ -1,0 +1,76 @@
+#!/usr/bin/env bash
+# Opens the options dialog in a virtual display, chooses a treatment with the keyboard, presses OK,
+# and looks at the options file and at what the screen showed.
+# usage: options_window.sh DRIVERHOST MODELS
+set -euo pipefail
+host=$1
+models=$2
+
+work=$(mktemp -d)
+server=
+dialog=
+tidy_up() {
+    for process in $dialog $server; do kill "$process" 2>/dev/null || true; done
+    rm -rf "$work"
+}
+trap tidy_up EXIT
+fail() {
+    echo "options_window.sh: $*" >&2
+    cat "$work"/*.log >&2 || true
+    exit 1
+}
+
+# wait_for TEXT COMMAND...: until the command succeeds, half a minute at most.
+wait_for() {
+    local what=$1
+    shift
+    for _ in $(seq 150); do
+        "$@" >/dev/null 2>&1 && return
+        sleep 0.2
+    done
+    fail "$what"
+}
+
+cp -R "$models" "$work/base"
+mkdir -p "$work/base/Jobs and Settings/OptionsDrivers" "$work/screen"
+export QL_BASE_FOLDER=$work/base
+unset QL_DIALOG_SCRIPT QL_MESSAGE_FILE
+head -c 256 /dev/zero >"$work/block"
+options=("$host" options)
+"${options[@]}" set "$work/block" Overprint --model "Fenland W6" >"$work/set.log"
+
+# The server chooses a free display and writes its number; its screen stands in a file.
+mkfifo "$work/number"
+Xvfb -displayfd 3 -screen 0 640x480x24 -fbdir "$work/screen" 3>"$work/number" \
+    >"$work/server.log" 2>&1 &
+server=$!
+read -r -t 60 number <"$work/number" || fail "no virtual display"
+export DISPLAY=:$number
+unset WAYLAND_DISPLAY
+cp "$work/screen/Xvfb_screen0" "$work/empty"
+
+"${options[@]}" edit "$work/block" --model "Fenland W6" >"$work/edit.log" 2>&1 &
+dialog=$!
+wait_for "the dialog does not open" xdotool search --onlyvisible --name "Driver Options"
+window=$(xdotool search --onlyvisible --name "Driver Options" | head -n 1)
+xdotool windowfocus "$window"
+press() {
+    for key in "$@"; do
+        xdotool key "$key"
+        sleep 1
+    done
+}
+sleep 1
+press Tab Tab Tab  # to the list, past the buttons
+cp "$work/screen/Xvfb_screen0" "$work/shown"
+press Up           # from Overprint to Spot above it
+press shift+Tab shift+Tab shift+Tab Return  # back to OK
+wait_for "the dialog does not end with OK" sh -c "! kill -0 $dialog"
+wait "$dialog" || fail "the dialog ends with status $?"
+dialog=
+
+[ "$(stat -c %s "$work/shown")" -gt $((640 * 480 * 4)) ] || fail "the screen is not complete"
+[ "$(cmp -l "$work/empty" "$work/shown" | wc -l)" -gt 20000 ] || fail "the screen shows no dialog"
+grep -q 'SupportWhiteType="1"' "$work/base/Jobs and Settings/OptionsDrivers"/QL_DROP_*.xml ||
+    fail "the choice is not stored: $("${options[@]}" show "$work/block" --model "Fenland W6")"
+echo "the dialog stored what was chosen"
