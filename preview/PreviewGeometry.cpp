@@ -2,6 +2,14 @@
 
 #include <algorithm>
 
+int32_t PreviewGeometry::Column(int64_t x) const {
+    return std::clamp(static_cast<int32_t>(PositionX(x)), 0, previewWidth - 1);
+}
+
+int32_t PreviewGeometry::Row(int64_t y) const {
+    return std::clamp(static_cast<int32_t>(PositionY(y)), 0, previewHeight - 1);
+}
+
 PreviewGeometry FitIntoBox(int32_t previewWidth, int32_t previewHeight, int32_t sourceWidth,
                            int32_t sourceHeight, int32_t xResolution, int32_t yResolution) {
     PreviewGeometry fit = {.sourceWidth = sourceWidth,

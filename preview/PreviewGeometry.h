@@ -13,6 +13,13 @@ struct PreviewGeometry {
     double scaleY = 1;
     double offsetX = 0;
     double offsetY = 0;
+
+    double PositionX(int64_t x) const { return static_cast<double>(x) * scaleX + offsetX; }
+    double PositionY(int64_t y) const { return static_cast<double>(y) * scaleY + offsetY; }
+    /// The preview column or row that a source pixel falls into; what its position has beyond that
+    /// goes to the next one. Rounding does not lead beyond the last.
+    int32_t Column(int64_t x) const;
+    int32_t Row(int64_t y) const;
 };
 
 /// A page in a box of the given size: reduced to fit, in its physical shape, and centred; a page

@@ -8,6 +8,7 @@ packages=(
     build-essential cmake ninja-build ccache
     libtiff-dev libpng-dev libjpeg-dev zlib1g-dev libpugixml-dev libcli11-dev nlohmann-json3-dev libfmt-dev
     libssl-dev  # SHA-256 of channels and files
+    libhwy-dev  # vector units for the preview, chosen at run time
     libgtest-dev libbenchmark-dev
     ghostscript  # rasterises and separates the artwork
     locales  # a locale with a decimal comma, made for the tests
