@@ -19,6 +19,8 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kModelName = "Bench";
+constexpr const char* kPreviewName = "preview";
+constexpr int kPreviewSide = 500;
 
 void WriteFile(const fs::path& path, std::string_view content) {
     fs::create_directories(path.parent_path());
@@ -50,9 +52,11 @@ std::string Description(const BenchPage& page, const BenchModel& model) {
         "<ColorModeList><ColorMode><ID>0</ID><InternalName>CMYK</InternalName>"
         "<DisplayName>CMYK</DisplayName><ColorantList>{}</ColorantList></ColorMode>"
         "</ColorModeList></Definition><ModelList><Model Name=\"{}\" TypeRead=\"{}\" "
-        "PrinterDirection=\"{}\" CreateFolder=\"No\"/></ModelList></Printer>",
+        "PrinterDirection=\"{}\" CreateFolder=\"No\"><PreviewParam type=\"{}\" sizeV=\"{}\" "
+        "name=\"{}\"/></Model></ModelList></Printer>",
         colors, colorants, kModelName, model.isInterleaved ? "LINE_BY_LINE" : "",
-        model.isReversed ? "YES" : "");
+        model.isReversed ? "YES" : "", model.preview, model.preview.empty() ? 0 : kPreviewSide,
+        kPreviewName);
 }
 
 std::string JobFileBytes() {
@@ -86,7 +90,7 @@ void BenchJob::CheckOutput() const {
     const auto channelBytes = static_cast<uintmax_t>(page_.Bytes() / BenchPage::kChannels);
     int32_t found = 0;
     for (const auto& entry : fs::recursive_directory_iterator(OutputFolder())) {
-        if (!entry.is_regular_file()) continue;
+        if (!entry.is_regular_file() || entry.path().filename() == kPreviewName) continue;
         if (entry.file_size() < channelBytes) {
             throw std::runtime_error("incomplete: " + entry.path().string());
         }
@@ -94,6 +98,9 @@ void BenchJob::CheckOutput() const {
     }
     if (found != BenchPage::kChannels) {
         throw std::runtime_error(fmt::format("{} channel files", found));
+    }
+    if (!model_.preview.empty() && !fs::exists(OutputFolder() / kPreviewName)) {
+        throw std::runtime_error("no preview");
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 
 #include "BenchContainer.h"
 
@@ -9,6 +10,7 @@ struct BenchModel {
     bool isRaw = false;          ///< raw channel files, else TIFF
     bool isInterleaved = false;  ///< line by line, else channel by channel
     bool isReversed = false;     ///< bottom line first
+    std::string preview;         ///< "BMP" or "PNG"; empty for none
 };
 
 /// A job in a folder of its own: base folder with the model, job file and container.

@@ -48,6 +48,8 @@ int ParseOptions(int argc, char** argv, Options& options) {
     app.add_flag("--raw", options.model.isRaw, "Raw channel files instead of TIFF");
     app.add_flag("--interleaved", options.model.isInterleaved, "Line by line through the channels");
     app.add_flag("--reversed", options.model.isReversed, "Bottom line first");
+    app.add_option("--preview", options.model.preview, "A preview of this format beside them")
+        ->check(CLI::IsMember({"BMP", "PNG"}));
     CLI11_PARSE(app, argc, argv);
     return -1;
 }
@@ -99,10 +101,11 @@ void Run(const Options& options) {
     const BenchFolder folder(options.folder);
     const BenchPage& page = options.page;
     fmt::print(
-        "{} x {} pixels, {} channels of {} bits, {} bytes a line, {} bytes, {} channels{}{}\n",
+        "{} x {} pixels, {} channels of {} bits, {} bytes a line, {} bytes, {} channels{}{}{}\n",
         page.widthPixels, page.rows, BenchPage::kChannels, page.bits, page.RowBytes(), page.Bytes(),
         options.model.isRaw ? "raw" : "TIFF", options.model.isInterleaved ? ", interleaved" : "",
-        options.model.isReversed ? ", bottom line first" : "");
+        options.model.isReversed ? ", bottom line first" : "",
+        options.model.preview.empty() ? "" : ", preview " + options.model.preview);
     int64_t peakBytes = 0;
     {
         const BenchJob job(folder.Path() / "job", page, options.model);
