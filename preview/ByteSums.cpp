@@ -1,6 +1,12 @@
 #include "preview/ByteSums.h"
 
-// Compiled once for each vector unit that a processor may have; the best one is chosen at run time.
+#include "platform/Processor.h"
+
+// Compiled once for each of the vector units that matter here, and for what every processor of the
+// kind has; chosen from at run time. The choice is not left to Highway's own library, which takes
+// milliseconds to time the processor whenever it is loaded.
+#define HWY_DISABLE_PCLMUL_AES
+#define HWY_DISABLED_TARGETS (HWY_SSE4 | HWY_AVX3 | HWY_AVX3_DL)
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "preview/ByteSums.cpp"
 #include <hwy/foreach_target.h>
@@ -271,10 +277,6 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 
-namespace {
-HWY_EXPORT(AddGroup);
-}
-
 uint16_t MostByteSumRows(int32_t bits) {
     // The largest sum is that of inkByPixelRow (of inkByRow at 4 and 8 bits): a byte's most times
     // rows * (rows - 1) / 2, with 28, 1530, 510 and 255 for a byte.
@@ -292,9 +294,22 @@ uint16_t MostByteSumRows(int32_t bits) {
     }
 }
 
+std::vector<decltype(&AddToByteSums)> ByteSumsForms() {
+    std::vector<decltype(&AddToByteSums)> forms;
+#if HWY_TARGETS & HWY_AVX2
+    if (HasAvx2()) forms.push_back(N_AVX2::AddGroup);
+#endif
+#if HWY_TARGETS & HWY_SSSE3
+    if (HasSsse3()) forms.push_back(N_SSSE3::AddGroup);
+#endif
+    forms.push_back(HWY_STATIC_DISPATCH(AddGroup));
+    return forms;
+}
+
 void AddToByteSums(int32_t bits, const uint8_t* const rows[kGroupRows], std::size_t byteCount,
                    uint16_t firstRow, const ByteSums& sums) {
-    HWY_DYNAMIC_DISPATCH(AddGroup)(bits, rows, byteCount, firstRow, sums);
+    static const auto form = ByteSumsForms().front();
+    form(bits, rows, byteCount, firstRow, sums);
 }
 
 #endif

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 /// Rows are summed up in groups of so many.
 inline constexpr std::size_t kGroupRows = 4;
@@ -25,3 +26,7 @@ uint16_t MostByteSumRows(int32_t bits);
 /// bytes that hold no ink in any of the rows cost next to nothing.
 void AddToByteSums(int32_t bits, const uint8_t* const rows[kGroupRows], std::size_t byteCount,
                    uint16_t firstRow, const ByteSums& sums);
+
+/// The forms that AddToByteSums has for this processor, the one that it uses first and the one
+/// without a vector unit last.
+std::vector<decltype(&AddToByteSums)> ByteSumsForms();

@@ -5,6 +5,10 @@
 
 namespace {
 
+/// Rows whose sums fit into 32 bits: a byte's most, 1530 at two bits a pixel, times the numbers of
+/// all rows.
+constexpr int32_t kMostRows = 2048;
+
 bool IsBlank(std::span<const uint8_t> bytes) {
     constexpr std::size_t kStride = 64;
     std::size_t at = 0;
@@ -25,21 +29,18 @@ bool IsBlank(std::span<const uint8_t> bytes) {
 /// Sums of the intensities of a cell's pixels in some rows, plain and by the pixel's distance
 /// from the first pixel and by the row's from the first row.
 struct PlaneSums::CellSums {
-    double ink = 0;
-    double inkByPixel = 0;
-    double inkByRow = 0;
-    double inkByPixelRow = 0;
+    int64_t ink = 0;
+    int64_t inkByPixel = 0;
+    int64_t inkByRow = 0;
+    int64_t inkByPixelRow = 0;
+};
 
-    /// Takes `part` over, whose pixels start `distance` behind the cell's first (or before it).
-    void Add(double sign, double distance, int64_t partInk, int64_t byPixel, int64_t byRow,
-             int64_t byPixelRow) {
-        ink += sign * static_cast<double>(partInk);
-        inkByPixel +=
-            sign * (static_cast<double>(byPixel) + distance * static_cast<double>(partInk));
-        inkByRow += sign * static_cast<double>(byRow);
-        inkByPixelRow +=
-            sign * (static_cast<double>(byPixelRow) + distance * static_cast<double>(byRow));
-    }
+/// Where the rows of the sums lie in the preview.
+struct PlaneSums::RowPlace {
+    double rest = 0;     ///< of the first row's position, behind its row of cells
+    double unit = 1;     ///< intensity that the sums count as 1
+    double* cells;       ///< of the row
+    double* cellsBelow;  ///< of the next
 };
 
 PlaneSums::PlaneSums(const PreviewGeometry& geometry, const RowLayout& layout)
@@ -59,23 +60,23 @@ void PlaneSums::ChangeLayout(const RowLayout& layout) {
     const std::size_t count = layout.LaneCount();
     lanes_.assign(kGroupRows * count, 0);
     blankLanes_.assign(count, 0);
-    sumLanes_.assign(4 * count, 0);
-    uint16_t* const sums = sumLanes_.data();
-    sums_ = {sums, sums + count, sums + 2 * count, sums + 3 * count};
+    shortSums_.assign(4 * count, 0);
+    uint16_t* const parts = shortSums_.data();
+    shortParts_ = {parts, parts + count, parts + 2 * count, parts + 3 * count};
+    sums_.assign(4 * count, 0);
     group_.fill(blankLanes_.data());
 }
 
 void PlaneSums::AddRow(int32_t row, std::span<const uint8_t> data) {
-    const int64_t mirrored = int64_t{geometry_.sourceHeight} - 1 - row;
-    const int64_t mirroredFirst = int64_t{geometry_.sourceHeight} - 1 - firstRow_;
-    const bool continues = rowCount_ != 0 && row - firstRow_ == rowCount_ &&
-                           rowCount_ < MostByteSumRows(layout_->Bits()) &&
-                           geometry_.Row(mirrored) == geometry_.Row(mirroredFirst);
+    const int32_t cellRow = geometry_.Row(int64_t{geometry_.sourceHeight} - 1 - row);
+    const bool continues = rowCount_ != 0 && row - firstRow_ == rowCount_ && cellRow == cellRow_ &&
+                           rowCount_ < kMostRows;
     if (!continues) {
         Flush();
         firstRow_ = row;
+        cellRow_ = cellRow;
     }
-    const std::size_t place = rowCount_ % kGroupRows;
+    const std::size_t place = static_cast<std::size_t>(rowCount_) % kGroupRows;
     ++rowCount_;
     if (!IsBlank(data)) {
         uint8_t* const lanes = lanes_.data() + place * layout_->LaneCount();
@@ -84,83 +85,95 @@ void PlaneSums::AddRow(int32_t row, std::span<const uint8_t> data) {
         hasInk_ = true;
     }
     if (place + 1 == kGroupRows) AddGroup();
+    if (rowCount_ - carriedRows_ == MostByteSumRows(layout_->Bits())) CarryOver();
 }
 
 void PlaneSums::AddGroup() {
-    const auto firstRow = static_cast<uint16_t>((rowCount_ - 1) / kGroupRows * kGroupRows);
     const bool isBlank = std::all_of(group_.begin(), group_.end(), [&](const uint8_t* lanes) {
         return lanes == blankLanes_.data();
     });
     if (isBlank) return;
-    AddToByteSums(layout_->Bits(), group_.data(), layout_->LaneCount(), firstRow, sums_);
+    constexpr auto kRows = static_cast<int32_t>(kGroupRows);
+    const int32_t firstRow = (rowCount_ - 1) / kRows * kRows - carriedRows_;
+    AddToByteSums(layout_->Bits(), group_.data(), layout_->LaneCount(),
+                  static_cast<uint16_t>(firstRow), shortParts_);
     group_.fill(blankLanes_.data());
 }
 
-PlaneSums::CellSums PlaneSums::SumsOf(const RowLayout::Cell& cell) const {
-    const int64_t pixelsPerByte = layout_->PixelsPerByte();
-    const auto distanceOf = [&](std::size_t byte) {
-        return static_cast<double>(static_cast<int64_t>(byte) * pixelsPerByte - cell.firstPixel);
-    };
-    CellSums sums;
-    const auto addCut = [&](double sign, std::size_t byte, std::size_t lane) {
-        sums.Add(sign, distanceOf(byte), sums_.ink[lane], sums_.inkByPixel[lane],
-                 sums_.inkByRow[lane], sums_.inkByPixelRow[lane]);
-    };
-    addCut(-1, cell.byte, cell.cut);
-    addCut(1, cell.endByte, cell.endCut);
-    // Whole numbers of 64 bits hold what so many bytes can amount to.
-    constexpr std::size_t kMostBytes = std::size_t{1} << 16;
-    for (std::size_t first = cell.byte; first < cell.endByte; first += kMostBytes) {
-        const std::size_t end = std::min(first + kMostBytes, cell.endByte);
-        int64_t ink = 0;
-        int64_t byPixel = 0;
-        int64_t byRow = 0;
-        int64_t byPixelRow = 0;
-        int64_t distance = 0;
-        for (std::size_t byte = first; byte < end; ++byte, distance += pixelsPerByte) {
-            ink += sums_.ink[byte];
-            byPixel += sums_.inkByPixel[byte] + distance * sums_.ink[byte];
-            byRow += sums_.inkByRow[byte];
-            byPixelRow += sums_.inkByPixelRow[byte] + distance * sums_.inkByRow[byte];
-        }
-        sums.Add(1, distanceOf(first), ink, byPixel, byRow, byPixelRow);
+/// Moves the short sums into the long ones. Rows before the first ink are forgotten.
+void PlaneSums::CarryOver() {
+    if (!hasInk_) {
+        firstRow_ += rowCount_;
+        rowCount_ = 0;
+        return;
     }
+    const auto row = static_cast<uint32_t>(carriedRows_);
+    carriedRows_ = rowCount_;
+    if (row == 0) {
+        std::copy(shortSums_.begin(), shortSums_.end(), sums_.begin());
+    } else {
+        const std::size_t half = sums_.size() / 2;  // behind it, the sums by row
+        for (std::size_t i = 0; i < half; ++i) {
+            sums_[i] += shortSums_[i];
+            sums_[half + i] += shortSums_[half + i] + row * shortSums_[i];
+        }
+    }
+    std::fill(shortSums_.begin(), shortSums_.end(), uint16_t{0});
+}
+
+PlaneSums::CellSums PlaneSums::SumsOf(const RowLayout::Cell& cell) const {
+    const std::size_t count = layout_->LaneCount();
+    const uint32_t* const lanes = sums_.data();
+    CellSums sums;
+    const auto add = [&](std::size_t lane, int64_t distance, int64_t sign) {
+        const int64_t ink = sign * lanes[lane];
+        const int64_t inkByRow = sign * lanes[2 * count + lane];
+        sums.ink += ink;
+        sums.inkByPixel += sign * lanes[count + lane] + distance * ink;
+        sums.inkByRow += inkByRow;
+        sums.inkByPixelRow += sign * lanes[3 * count + lane] + distance * inkByRow;
+    };
+    const int64_t pixelsPerByte = layout_->PixelsPerByte();
+    int64_t distance = cell.distance;
+    for (std::size_t byte = cell.byte; byte < cell.endByte; ++byte, distance += pixelsPerByte)
+        add(byte, distance, 1);
+    add(cell.cut, cell.distance, -1);
+    add(cell.endCut, cell.endDistance, 1);
     return sums;
 }
 
 /// With the first pixel's position (x, y) behind its cell, a pixel that is p pixels and r rows
 /// further lies at x - p * scaleX, y - r * scaleY, for both axes are mirrored. These shares of its
 /// ink go to the next column and the next row; as they are linear, so are those of the sums.
-void PlaneSums::Spread(const RowLayout::Cell& cell, const CellSums& sums) {
-    const int64_t row = int64_t{geometry_.sourceHeight} - 1 - firstRow_;
-    const int32_t cellRow = geometry_.Row(row);
-    const double y = geometry_.PositionY(row) - cellRow;
-    const double right = cell.rest * sums.ink - geometry_.scaleX * sums.inkByPixel;
-    const double rightByRow = cell.rest * sums.inkByRow - geometry_.scaleX * sums.inkByPixelRow;
-    const double below = y * sums.ink - geometry_.scaleY * sums.inkByRow;
-    const double both = y * right - geometry_.scaleY * rightByRow;
-    double* const at = &cells_[CellIndex(cell.column, cellRow)];
-    double* const under = &cells_[CellIndex(cell.column, cellRow + 1)];
-    at[0] += sums.ink - right - below + both;
-    at[1] += right - both;
-    under[0] += below - both;
-    under[1] += both;
+void PlaneSums::Spread(const RowLayout::Cell& cell, const CellSums& sums, const RowPlace& place) {
+    const double ink = place.unit * static_cast<double>(sums.ink);
+    const double inkByRow = place.unit * static_cast<double>(sums.inkByRow);
+    const double xByPixel = place.unit * geometry_.scaleX;
+    const double right = cell.rest * ink - xByPixel * static_cast<double>(sums.inkByPixel);
+    const double rightByRow =
+        cell.rest * inkByRow - xByPixel * static_cast<double>(sums.inkByPixelRow);
+    const double below = place.rest * ink - geometry_.scaleY * inkByRow;
+    const double both = place.rest * right - geometry_.scaleY * rightByRow;
+    place.cells[cell.column] += ink - right - below + both;
+    place.cells[cell.column + 1] += right - both;
+    place.cellsBelow[cell.column] += below - both;
+    place.cellsBelow[cell.column + 1] += both;
 }
 
 void PlaneSums::Flush() {
-    if (rowCount_ % kGroupRows != 0) AddGroup();
+    AddGroup();
+    if (carriedRows_ != rowCount_) CarryOver();
     rowCount_ = 0;
+    carriedRows_ = 0;
     if (!hasInk_) return;
-    const double unit = layout_->Bits() == 1 ? 255 : 1;  // the sums count the bits of one-bit rows
+    const int64_t row = int64_t{geometry_.sourceHeight} - 1 - firstRow_;
+    const RowPlace place = {.rest = geometry_.PositionY(row) - cellRow_,
+                            .unit = layout_->Bits() == 1 ? 255.0 : 1.0,
+                            .cells = &cells_[CellIndex(0, cellRow_)],
+                            .cellsBelow = &cells_[CellIndex(0, cellRow_ + 1)]};
     for (const RowLayout::Cell& cell : layout_->Cells()) {
-        CellSums sums = SumsOf(cell);
-        if (sums.ink == 0) continue;
-        sums.ink *= unit;
-        sums.inkByPixel *= unit;
-        sums.inkByRow *= unit;
-        sums.inkByPixelRow *= unit;
-        Spread(cell, sums);
+        const CellSums sums = SumsOf(cell);
+        if (sums.ink != 0) Spread(cell, sums, place);
     }
-    std::fill(sumLanes_.begin(), sumLanes_.end(), uint16_t{0});
     hasInk_ = false;
 }

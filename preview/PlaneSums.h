@@ -30,11 +30,13 @@ class PlaneSums {
 
   private:
     struct CellSums;
+    struct RowPlace;
 
     std::size_t CellIndex(int32_t column, int32_t row) const;
     void AddGroup();
+    void CarryOver();
     CellSums SumsOf(const RowLayout::Cell& cell) const;
-    void Spread(const RowLayout::Cell& cell, const CellSums& sums);
+    void Spread(const RowLayout::Cell& cell, const CellSums& sums, const RowPlace& place);
 
     const PreviewGeometry& geometry_;
     const RowLayout* layout_;
@@ -42,11 +44,14 @@ class PlaneSums {
     std::vector<double> cells_;
 
     int32_t firstRow_ = 0;  ///< of the rows not yet in the cells
-    uint16_t rowCount_ = 0;
+    int32_t cellRow_ = 0;   ///< that they fall into
+    int32_t rowCount_ = 0;
+    int32_t carriedRows_ = 0;     ///< of these, not in the short sums any more
     bool hasInk_ = false;         ///< in those rows
     std::vector<uint8_t> lanes_;  ///< of the rows of a group
     std::vector<uint8_t> blankLanes_;
     std::array<const uint8_t*, kGroupRows> group_;
-    std::vector<uint16_t> sumLanes_;
-    ByteSums sums_;
+    std::vector<uint16_t> shortSums_;  ///< of as many rows as they can hold
+    ByteSums shortParts_;
+    std::vector<uint32_t> sums_;  ///< four a lane, in the order of ByteSums
 };

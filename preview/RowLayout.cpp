@@ -28,16 +28,23 @@ RowLayout::RowLayout(const PreviewGeometry& geometry, int32_t bits)
     // A border at a byte's start cuts nothing; it refers to the lane behind the row's bytes, which
     // stays empty.
     cuts_.push_back({0, 0});
+    const int64_t perByte = PixelsPerByte();
     for (int64_t pixel = 0; pixel < width;) {
         const int64_t last = width - 1 - pixel;
-        const int64_t end = width - FirstSourceColumn(geometry, last);
         const int32_t column = geometry.Column(last);
-        const auto byteOf = [&](int64_t at) {
-            return static_cast<std::size_t>(at / PixelsPerByte());
-        };
+        const int64_t byte = pixel / perByte;
+        const int64_t end =
+            std::min(width - FirstSourceColumn(geometry, last), (byte + kMostCellBytes) * perByte);
+        const int64_t endByte = end / perByte;
         const std::size_t cut = cells_.empty() ? rowBytes_ : cells_.back().endCut;
-        cells_.push_back({column, geometry.PositionX(last) - column, pixel, byteOf(pixel),
-                          byteOf(end), cut, CutLane(end)});
+        cells_.push_back({.column = column,
+                          .rest = geometry.PositionX(last) - column,
+                          .distance = byte * perByte - pixel,
+                          .endDistance = endByte * perByte - pixel,
+                          .byte = static_cast<std::size_t>(byte),
+                          .endByte = static_cast<std::size_t>(endByte),
+                          .cut = cut,
+                          .endCut = CutLane(end)});
         pixel = end;
     }
     const std::size_t lanes = rowBytes_ + cuts_.size();

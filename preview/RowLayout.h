@@ -15,16 +15,20 @@ class RowLayout {
   public:
     RowLayout(const PreviewGeometry& geometry, int32_t bits);
 
-    /// The pixels of one column, in row order.
+    /// Pixels that fall into one column, in row order. A column of more than kMostCellBytes is
+    /// several cells.
     struct Cell {
         int32_t column;       ///< in the preview
         double rest;          ///< of the first pixel's position, behind its column
-        int64_t firstPixel;   ///< in the row
+        int64_t distance;     ///< from the first pixel to that of `byte`: 0 or less
+        int64_t endDistance;  ///< to that of `endByte`
         std::size_t byte;     ///< that holds the first pixel
         std::size_t endByte;  ///< that holds the pixel behind the last
         std::size_t cut;      ///< lane of the part of `byte` before the cell
         std::size_t endCut;   ///< lane of the part of `endByte` in the cell
     };
+    /// The sums of so many bytes, of 32 bits each, fit into 64 bits with the pixels' distances.
+    static constexpr int64_t kMostCellBytes = int64_t{1} << 12;
 
     int32_t Bits() const { return bits_; }
     int32_t PixelsPerByte() const { return 8 / bits_; }

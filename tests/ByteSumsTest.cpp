@@ -3,7 +3,6 @@
 #include "preview/ByteSums.h"
 
 #include <gtest/gtest.h>
-#include <hwy/targets.h>
 
 #include <algorithm>
 #include <bit>
@@ -50,13 +49,10 @@ Sums Expected(int bits, const std::vector<std::vector<uint8_t>>& rows) {
 
 TEST(ByteSums, EveryVectorUnitGivesTheSumsOfThePixels) {
     std::mt19937 random(7);
-    for (const int64_t target : hwy::SupportedAndGeneratedTargets()) {
-        hwy::SetSupportedTargetsForTest(target);
-        hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+    for (const auto& form : ByteSumsForms()) {
         for (const int bits : {1, 2, 4, 8}) {
             for (const bool isFull : {false, true}) {
-                SCOPED_TRACE(testing::Message() << hwy::TargetName(target) << ", " << bits
-                                                << " bits, full " << isFull);
+                SCOPED_TRACE(testing::Message() << bits << " bits, full " << isFull);
                 std::vector<std::vector<uint8_t>> rows(MostByteSumRows(bits),
                                                        std::vector<uint8_t>(kBytes, 0xFF));
                 for (std::vector<uint8_t>& row : rows)
@@ -66,14 +62,12 @@ TEST(ByteSums, EveryVectorUnitGivesTheSumsOfThePixels) {
                 for (std::size_t row = 0; row < rows.size(); row += kGroupRows) {
                     const uint8_t* const group[] = {rows[row].data(), rows[row + 1].data(),
                                                     rows[row + 2].data(), rows[row + 3].data()};
-                    AddToByteSums(bits, group, kBytes, static_cast<uint16_t>(row), Parts(sums));
+                    form(bits, group, kBytes, static_cast<uint16_t>(row), Parts(sums));
                 }
                 EXPECT_EQ(sums, Expected(bits, rows));
             }
         }
-        hwy::SetSupportedTargetsForTest(0);
     }
-    hwy::GetChosenTarget().DeInit();
 }
 
 }  // namespace
