@@ -6,6 +6,7 @@
 // kind has; chosen from at run time. The choice is not left to Highway's own library, which takes
 // milliseconds to time the processor whenever it is loaded.
 #define HWY_DISABLE_PCLMUL_AES
+#define HWY_DISABLE_F16C
 #define HWY_DISABLED_TARGETS (HWY_SSE4 | HWY_AVX3 | HWY_AVX3_DL)
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "preview/ByteSums.cpp"

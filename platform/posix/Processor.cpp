@@ -4,8 +4,7 @@
 
 bool HasAvx2() {
     return __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("bmi") != 0 &&
-           __builtin_cpu_supports("bmi2") != 0 && __builtin_cpu_supports("fma") != 0 &&
-           __builtin_cpu_supports("f16c") != 0;
+           __builtin_cpu_supports("bmi2") != 0 && __builtin_cpu_supports("fma") != 0;
 }
 
 bool HasSsse3() {
