@@ -49,6 +49,10 @@ fs::path FindFile(const PrintRecord::Page& page, const std::string& name) {
 
 std::unique_ptr<ChannelFile> OpenChannel(const fs::path& path, const PrintRecord::Page& page) {
     constexpr int64_t kWordPixels = 32;
+    // What a page can have; a record that says more is no work of ours.
+    constexpr int64_t kMostSide = INT32_MAX;
+    if (page.WidthPixels > kMostSide || page.Lines > kMostSide)
+        throw HostError(kFailed, "the job's record is damaged");
     const int64_t width = (page.WidthPixels + kWordPixels - 1) / kWordPixels * kWordPixels;
     std::unique_ptr<ChannelFile> file =
         IsTiffName(path) ? OpenTiffChannel(path) : OpenRawChannel(path, width, page.Bits);

@@ -4,7 +4,7 @@
 
 #include <stdexcept>
 
-Driver::Driver() : library_(dlopen(OUTPUT_DRIVER_LIBRARY, RTLD_NOW | RTLD_LOCAL)) {
+Driver::Driver(const char* library) : library_(dlopen(library, RTLD_NOW | RTLD_LOCAL)) {
     if (library_ == nullptr) throw std::runtime_error(dlerror());
     object_ = Export<void*()>("createNewPrinterDriver")();
     if (object_ == nullptr) throw std::runtime_error("no driver object");

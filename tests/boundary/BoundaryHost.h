@@ -44,7 +44,7 @@ enum Operation : int {
 /// loaded for as long as this lives.
 class Driver {
   public:
-    Driver();
+    explicit Driver(const char* library = OUTPUT_DRIVER_LIBRARY);
     ~Driver();
     Driver(const Driver&) = delete;
     Driver& operator=(const Driver&) = delete;
