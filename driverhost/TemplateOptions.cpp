@@ -49,8 +49,7 @@ void AddTemplateOptions(CLI::App& command, TemplateOptions& options) {
 AFilePath FindTemplate(const TemplateOptions& options, const char* folder) {
     std::error_code error;
     if (fs::exists(options.Template, error)) return AFilePath(options.Template);
-    AFilePath path =
-        AFilePath().Append("OutputDrivers").Append(folder).Append(options.Template);
+    AFilePath path = AFilePath().Append("OutputDrivers").Append(folder).Append(options.Template);
     if (path.exists()) return path;
     throw HostError(kUsage,
                     fmt::format("there is no template {}, here or in {}", options.Template,
