@@ -134,253 +134,197 @@ Screening DefaultScreens() {
 }
 
 TEST_F(HalftoneTest, FileLookup) {
-    const std::string hardware = "ScreeningParams.xml";
-    const std::string mapped =
-        "<L><ManufacturerList><M Name='Acme Printers' ManufactureMAPXML='sub/map.xml'/>"
-        "</ManufacturerList></L>";
-    const std::string map =
-        "<Map><A Name='other' XMLFile='other.xml'/><A Name='ROLLER 64' "
-        "XMLFile='sub/model.xml'/><A Name='Roller 64' XMLFile='b.xml'/></Map>";
-    /// A list that is a parameter file too.
-    const auto both = [](const std::string& list) {
-        return Replaced(list, "</ManufacturerList>",
-                        "</ManufacturerList>" +
-                            Replaced(Replaced(Serving(Item("list")), "<P>", ""), "</P>", ""));
-    };
-    const std::string model = Serving(Item("model"));
-    const std::string acme = Serving(Item("acme"));
+    const Files contents = {
+        {"list", Serving(Item("list"))},
+        {"map", "<M><A Name='ROLLER 64' XMLFile='sub/acme.xml'/><A Name='Roller 64'/></M>"},
+        {"empty map", "<M><A Name='Roller 64'/></M>"},
+        {"file", Serving(Item("file"))},
+        {"gzip map", "gzip <M><A Name='Roller 64' XMLFile='sub/acme.xml'/></M>"},
+        {"gzip file", "gzip " + Serving(Item("file"))},
+        {"no hardware", "<P><Printerhardware/></P>"},
+        {"folder", "folder"},
+        {"no XML", "%PDF-1.4"},
+        {"damaged", "\x1F\x8B\x08\x01\x02 no stream"}};
+    constexpr const char* kOwn = "ManufactureXML='sub/acme.xml'";
+    constexpr const char* kMap = "ManufactureMAPXML='map.xml'";
     const struct {
-        const char* Name;
-        Files Contents;
+        const char* Attributes;  // of the manufacturer
+        const char* Map;
+        const char* File;
         const char* Served;
     } kRows[] = {
-        {"no file at all", {}, "Cyan"},
-        {"a file of the manufacturer's own", {{hardware, both(kList)}, {"acme.xml", acme}}, "acme"},
-        {"encoded", {{hardware, kList}, {"acme.xml", "gzip " + acme}}, "acme"},
-        {"the list is plain only", {{hardware, "gzip " + both(kList)}, {"acme.xml", acme}}, "Cyan"},
-        {"without PrinterHardware", {{hardware, both(kList)}, {"acme.xml", "<P/>"}}, "list"},
-        {"a folder", {{hardware, both(kList)}, {"acme.xml", "folder"}}, "list"},
-        {"no XML", {{hardware, both(kList)}, {"acme.xml", "%PDF-1.4"}}, "list"},
-        {"damaged gzip",
-         {{hardware, both(kList)}, {"acme.xml", "\x1F\x8B\x08\x01\x02 no stream"}},
-         "list"},
-        {"out of the folder",
-         {{hardware, both(Replaced(kList, "acme.xml", "../out.xml"))}, {"../out.xml", acme}},
-         "list"},
-        {"a path with backslashes",
-         {{hardware, Replaced(kList, "acme.xml", "sub\\..\\sub\\a.xml")}, {"sub/a.xml", acme}},
-         "acme"},
-        {"the first entry of a name counts",
-         {{hardware, both(Replaced(kList, "'Other' M", "'acme printers' x='' M"))},
-          {"other.xml", "<P/>"},
-          {"acme.xml", acme}},
-         "list"},
-        {"an unknown manufacturer",
-         {{hardware, both(Replaced(kList, "ACME", "ACMES"))}, {"acme.xml", acme}},
-         "list"},
-        {"neither attribute",
-         {{hardware, both("<L><ManufacturerList><M Name='Acme Printers'/></ManufacturerList></L>")},
-          {"acme.xml", acme}},
-         "list"},
-        {"both attributes: the map is not read",
-         {{hardware,
-           both(Replaced(mapped, "ManufactureMAP", "ManufactureXML='a.xml' ManufactureMAP"))},
-          {"sub/map.xml", map},
-          {"sub/model.xml", model}},
-         "list"},
-        {"by the map",
-         {{hardware, mapped}, {"sub/map.xml", map}, {"sub/model.xml", model}},
-         "model"},
-        {"an encoded map",
-         {{hardware, mapped}, {"sub/map.xml", "gzip " + map}, {"sub/model.xml", model}},
-         "model"},
-        {"the map is a parameter file too",
-         {{hardware, both(mapped)}, {"sub/map.xml", acme}, {"sub/model.xml", model}},
-         "acme"},
-        {"the map names a file that is missing",
-         {{hardware, both(mapped)}, {"sub/map.xml", map}},
-         "list"},
-        {"the map names none",
-         {{hardware, both(mapped)}, {"sub/map.xml", Replaced(map, "sub/model.xml", "")}},
-         "list"},
-        {"no list of manufacturers: the list serves all",
-         {{hardware, Serving(Item("all"))}},
-         "all"},
-        {"an encoded file whose path holds the list's name is taken for plain",
-         {{hardware, Replaced(kList, "acme", "sub/MyScreeningParams")},
-          {"sub/MyScreeningParams.xml", "gzip " + acme}},
-         "Cyan"},
+        {kOwn, "", "file", "file"},
+        {kOwn, "", "gzip file", "file"},
+        {kOwn, "", "no hardware", "list"},
+        {kOwn, "", "folder", "list"},
+        {kOwn, "", "no XML", "list"},
+        {kOwn, "", "damaged", "list"},
+        {kOwn, "", "", "list"},
+        {"ManufactureXML='../OutputDrivers/sub/acme.xml'", "", "file", "list"},
+        {"ManufactureXML='sub\\x\\..\\acme.xml'", "", "file", "file"},
+        {"", "map", "file", "list"},
+        {"ManufactureXML='none.xml' ManufactureMAPXML='map.xml'", "map", "file", "list"},
+        {kMap, "map", "gzip file", "file"},
+        {kMap, "gzip map", "file", "file"},
+        {kMap, "list", "file", "list"},  // a map may be a parameter file too
+        {kMap, "map", "", "list"},
+        {kMap, "map", "no hardware", "list"},
+        {kMap, "empty map", "file", "list"},
+        {kMap, "folder", "file", "list"},
     };
     for (const auto& row : kRows) {
-        SetFiles(row.Contents);
-        EXPECT_EQ(Served(), row.Served) << row.Name;
+        Files files = {{"ScreeningParams.xml",
+                        Replaced(contents.at("list"), "<P>",
+                                 fmt::format("<P><ManufacturerList><M Name='Other'/><M "
+                                             "Name='ACME printers' {}/><M Name='Acme Printers' "
+                                             "ManufactureXML='no.xml'/></ManufacturerList>",
+                                             row.Attributes))}};
+        if (*row.Map != '\0') files["map.xml"] = contents.at(row.Map);
+        if (*row.File != '\0') files["sub/acme.xml"] = contents.at(row.File);
+        SetFiles(files);
+        EXPECT_EQ(Served(), row.Served) << row.Attributes << row.Map << ", " << row.File;
     }
+    SetFiles({});
+    EXPECT_EQ(Served(), "Cyan");
+    SetFiles({{"ScreeningParams.xml", contents.at("list")}});
+    EXPECT_EQ(Served(), "list");
+    SetFiles({{"ScreeningParams.xml", "gzip " + contents.at("list")}});
+    EXPECT_EQ(Served(), "Cyan") << "the list is plain";
+    SetFiles({{"ScreeningParams.xml", Replaced(kList, "acme", "MyScreeningParams")},
+              {"MyScreeningParams.xml", contents.at("gzip file")}});
+    EXPECT_EQ(Served(), "Cyan") << "so is what has its name in the path";
 }
 
 TEST_F(HalftoneTest, SelectionWalk) {
-    // The settings ask for media 4, print mode 5, resolution 6 and colour mode 7.
     settings.ColorModeIndex = 7;
     SetFiles({{"ScreeningParams.xml", kList}});
-    const auto level = [](const char* name, const char* id, const std::string& inside) {
-        return fmt::format("<{0} ID='{1}'>{2}</{0}>", name, id, inside);
-    };
-    const auto color = [&](const char* id, const char* tag) {
-        return level("ColorMode", id, Item(tag));
-    };
-    const auto resolution = [&](const char* id, const char* tag) {
-        return level("Resolution", id, color("7", tag));
-    };
-    const auto mode = [&](const char* id, const char* tag) {
-        return level("PrintMode", id, resolution("6", tag));
-    };
-    const auto media = [&](const char* id, const char* tag) {
-        return level("Media", id, mode("5", tag));
-    };
-    const auto model = [&](const char* id, const char* tag) {
-        return level("Model", id, media("4", tag));
-    };
-    const std::string longList(254, '1');
-    const struct {
-        std::string Hardware;
+    constexpr std::pair<std::string_view, const char*> kLevels[] = {{"Model", "Roller 64"},
+                                                                    {"Media", "4"},
+                                                                    {"PrintMode", "5"},
+                                                                    {"Resolution", "6"},
+                                                                    {"ColorMode", "7"}};
+    struct Row {
+        const char* Element;
+        std::vector<std::string> IDs;  // of its siblings, which lead to the tags a, b, c
         const char* Served;
-    } kRows[] = {
-        {model("Roller 6", "a") + model("xRoller 64+, Roller 640", "b") + model("Roller 64", "c"),
-         "b"},
-        {model("Default", "a") + model("roller 64", "b") + model("Default", "c"), "c"},
-        {model("roller 64", "a"), "Cyan|Getting media node fails"},
-        {level("model", "Roller 64", media("4", "a")), "Cyan|Getting media node fails"},
-        {level("Model", "Default",
-               media("Default", "a") + media("3,4", "b") + media("Default", "c")),
-         "b"},
-        {level("Model", "Default",
-               media("Default", "a") + media("3,5", "b") + media("Default", "c")),
-         "c"},
-        {level("Model", "Default", media("1,,4", "a")), "Cyan|Getting media node fails"},
-        {level("Model", "Default", media("default", "a") + media(",4", "b") + media(" 4x", "c")),
-         "c"},
-        {level("Model", "Default", media("four, 4294967300, +4", "a")), "a"},
-        {level("Model", "Default", media((longList + ",4").c_str(), "a") + media("4", "b")), "b"},
-        {level("Model", "Default", level("media", "4", mode("5", "a")) + media("9,4,9", "b")), "b"},
-        {level("Model", "Default", level("Media", "4", mode("4", "a"))),
-         "Cyan|Getting printmode node fails"},
-        {level("Model", "Default",
-               level("Media", "4", level("PrintMode", "5", resolution("5", "a")))),
-         "Cyan|Getting resolution node fails"},
-        {level("Model", "Default",
-               level("Media", "4",
-                     level("PrintMode", "5", level("Resolution", "6", color("", "a"))))),
-         "Cyan|Getting colormode node fails"},
-        // A default is no reason to go back: what it lacks is missing.
-        {level("Model", "Default", media("Default", "a") + level("Media", "4", mode("1", "b"))),
-         "Cyan|Getting printmode node fails"},
     };
-    for (const auto& row : kRows) {
-        WriteText(DataFile("acme.xml"),
-                  "<P><PrinterHardware>" + row.Hardware + "</PrinterHardware></P>");
-        EXPECT_EQ(Served(), row.Served) << row.Hardware;
+    const Row kRows[] = {
+        {"Model", {"Roller 6", "xRoller 64+, Roller 640", "Roller 64"}, "b"},
+        {"Model", {"Default", "roller 64", "Default"}, "c"},
+        {"Model", {"roller 64"}, "Cyan|Getting media node fails"},
+        {"Media", {"Default", "3,4", "Default"}, "b"},
+        {"Media", {"Default", "3,5", "Default"}, "c"},
+        {"Media", {"1,,4"}, "Cyan|Getting media node fails"},
+        {"Media", {"default", ",4", " 4x"}, "c"},
+        {"Media", {"four, 4294967300, +4"}, "a"},
+        {"Media", {std::string(254, '1') + ",4", "4"}, "b"},
+        {"PrintMode", {"4"}, "Cyan|Getting printmode node fails"},
+        {"Resolution", {"5", ""}, "Cyan|Getting resolution node fails"},
+        {"ColorMode", {"-7", "x"}, "Cyan|Getting colormode node fails"},
+    };
+    for (const Row& row : kRows) {
+        std::vector<std::string> parts;
+        for (std::size_t i = 0; i < row.IDs.size(); ++i)
+            parts.push_back(Item(std::string(1, "abc"[i])));
+        for (std::size_t level = std::size(kLevels); level-- > 0;) {
+            const auto& [name, needed] = kLevels[level];
+            const bool isIt = name == row.Element;
+            for (std::size_t i = 0; i < parts.size(); ++i)
+                parts[i] = fmt::format("<{0} ID='{1}'>{2}</{0}>", name, isIt ? row.IDs[i] : needed,
+                                       parts[i]);
+            if (isIt) parts = {fmt::format("{}", fmt::join(parts, ""))};
+        }
+        const std::string& all = parts[0];
+        WriteText(DataFile("acme.xml"), "<P><PrinterHardware>" + all + "</PrinterHardware></P>");
+        EXPECT_EQ(Served(), row.Served) << all;
     }
-    // Without a first medium the special index stays as it is, which only "Default" serves.
-    settings.MediaIndex = -102;
-    WriteText(DataFile("acme.xml"), "<P><PrinterHardware>" + level("Model", "", media("0,4", "a")) +
-                                        "</PrinterHardware></P>");
-    EXPECT_EQ(Served(), "Cyan|Cannot get XML |Getting media node fails");
 }
 
 TEST_F(HalftoneTest, DitherRecords) {
-    const auto entry = [](const std::string& level, const std::string& after) {
-        return "<DitherParams ID='2,4'>" + level + after + "</DitherParams>";
+    constexpr const char* kWeight = "<Weight ColorInk='{}' Level='{}' Value='{}'/>";
+    const auto weights = [&](std::initializer_list<std::array<const char*, 3>> list) {
+        std::string text;
+        for (const auto& [ink, position, value] : list)
+            text += fmt::format(fmt::runtime(kWeight), ink, position, value);
+        return text;
     };
-    const auto weight = [](const char* ink, int position, const char* value) {
-        return fmt::format("<Weight ColorInk='{}' Level='{}' Value='{}'/>", ink, position, value);
-    };
-    const std::string ends = "<AntiClogLevel Value='3'/><NoiseLevel Value='0.25'/>";
-    const std::string ink1 = weight("1", 0, "0.1") + weight("1", 1, ".5") + weight("1", 2, "1e0 %");
-    const auto level = [](const std::string& weights) {
-        return "<Level Value='4'>" + weights + "</Level>";
-    };
-    using Change = std::function<void(DitherParams&)>;
-    const Change kEnds = [](DitherParams& out) {
-        out.AntiClogLevel = 3;
-        out.NoiseLevel = 0.25F;
-    };
-    const auto copied = [&](std::initializer_list<int> inks) {
-        return [inks = std::vector<int>(inks), kEnds](DitherParams& out) {
-            for (const int ink : inks) {
-                out.Values[ink][0] = 0.1F;
-                out.Values[ink][1] = 0.5F;
-                out.Values[ink][2] = 1;
-            }
-            kEnds(out);
-        };
-    };
-    const Change kNothing = [](DitherParams&) {};
+    const std::string ink1 = weights({{"1", "0", "0.1"}, {"1", "1", ".5"}, {"1", "2", "1e0 %"}});
+    constexpr const char* kEnds = "<AntiClogLevel Value='3'/><NoiseLevel Value='0.25'/>";
+    constexpr float kRead[] = {0.1F, 0.5F, 1.0F};
+    constexpr const char* kNoEntry = "Getting ditherparams node fails";
+    constexpr const char* kNoLevel = "Getting ditherparams-level node fails";
+    constexpr const char* kNoAntiClog = "Getting ditherparams-anti clog level node fails";
+    constexpr const char* kNoNoise = "Getting ditherparams-noise level node fails";
     const struct {
-        const char* Name;
-        std::string Leaves;
-        int Answer;
-        Change Expected;
-        const char* Message = nullptr;
+        const char* ID;
+        const char* LevelCount;
+        std::string Weights;
+        const char* After;
+        const char* ReadInks;  // the inks that have ink 1's amounts
+        int32_t AntiClog;
+        float Noise;
+        const char* Message = "";
+        int Answer = 1;
     } kRows[] = {
-        {"inks that are missing", entry(level(ink1), ends), 1, copied({0, 1, 2})},
-        {"a Default entry after others",
-         "<DitherParams ID='3'/>" + Replaced(entry(level(ink1), ends), "2,4", "Default"), 1,
-         copied({0, 1, 2})},
-        {"any ink may say where the defaults stay, by the number of children",
-         entry(level(ink1 + "<a/><a/><a/><a/><a/><a/>"), ends), 1, copied({1})},
-        {"skipped ones count as children",
-         entry(level(ink1 + weight("", 0, "2") + weight("16", 0, "2") + weight("-1", 0, "2") +
-                     weight("2", 64, "2") + weight("2", 0, "no") + weight("2", 0, "nan") +
-                     "<Weight ColorInk='2' Value='2'/>"),
-               ends),
-         1, copied({1})},
-        {"only the first Level counts, with what it holds beyond the record's use",
-         entry(level(ink1 + weight("dEFAULT", 63, "-7") + weight("15", 3, "9")) + level("<x/>"),
-               ends),
-         1,
-         [&](DitherParams& out) {
-             copied({1, 2})(out);
-             out.Values[0][63] = -7;
-             out.Values[15][3] = 9;
-         }},
-        {"numbers that are none",
-         entry(level(""), "<AntiClogLevel Value='9999999999'/><NoiseLevel Value='inf'/>"), 1,
-         kNothing},
-        {"no entry", "<DitherParams ID='3,,4'/>", 0, kNothing, "Getting ditherparams node fails"},
-        {"no level", entry("<level/>", ends), 0, kNothing, "Getting ditherparams-level node fails"},
-        {"another level count", entry("<Level Value='3'/>" + level(ink1), ends), 0, kNothing},
-        {"no anti-clog level", entry(level(ink1), "<NoiseLevel Value='0.25'/>"), 0,
-         [&](DitherParams& out) {
-             copied({0, 1, 2})(out);
-             out.AntiClogLevel = 0;
-             out.NoiseLevel = 1;
-         },
-         "Getting ditherparams-anti clog level node fails"},
-        {"no noise level", entry(level(ink1), "<AntiClogLevel Value=' 3 or so'/>"), 0,
-         [&](DitherParams& out) {
-             copied({0, 1, 2})(out);
-             out.NoiseLevel = 1;
-         },
-         "Getting ditherparams-noise level node fails"},
+        {"2,4", "4", ink1, kEnds, "012", 3, 0.25F},
+        {"Default", " 4.", ink1, kEnds, "012", 3, 0.25F},
+        {"4", "4", "<a/><a/><a/>" + ink1 + "<a/><a/><a/>", kEnds, "1", 3, 0.25F},
+        {"4", "4",
+         ink1 + weights({{"", "0", "2"},
+                         {"16", "0", "2"},
+                         {"-1", "0", "2"},
+                         {"2", "64", "2"},
+                         {"2", "0", "no"},
+                         {"2", "0", "nan"},
+                         {"2", "", "2"}}),
+         kEnds, "1", 3, 0.25F},
+        {"4", "4", "", "<AntiClogLevel Value='9999999999'/><NoiseLevel Value='inf'/>", "", 0, 1},
+        {"3,,4", "4", ink1, kEnds, "", 0, 1, kNoEntry, 0},
+        {"4", "3", ink1, kEnds, "", 0, 1, "", 0},
+        {"4", "", ink1, kEnds, "", 0, 1, kNoLevel, 0},
+        {"4", "4", ink1, "<NoiseLevel Value='0.25'/>", "012", 0, 1, kNoAntiClog, 0},
+        {"4", "4", ink1, "<AntiClogLevel Value=' 3 or so'/>", "012", 3, 1, kNoNoise, 0},
     };
     InstallModel(3, 2);
     settings.ColorModeIndex = 0;
     for (const auto& row : kRows) {
-        SetFiles({{"Ditherparams.xml", kList}, {"acme.xml", Serving(row.Leaves)}});
+        const std::string level =
+            *row.LevelCount == '\0'
+                ? "<level/>"
+                : fmt::format("<Level Value='{}'>{}</Level><Level/>", row.LevelCount, row.Weights);
+        const std::string leaves =
+            fmt::format("<DitherParams ID='9'/><DitherParams ID='{}'>{}{}</DitherParams>", row.ID,
+                        level, row.After);
+        SetFiles({{"Ditherparams.xml", kList}, {"acme.xml", Serving(leaves)}});
         Dither expected = DefaultDither(4, 3);
-        row.Expected(expected.Value);
-        for (const bool extended : {false, true}) {
-            Dither out;
-            const int32_t answer =
-                extended
-                    ? driver->Call(kGetDitherParamsEx, kModelName, kMaker, &settings,
-                                   static_cast<void*>(this), &out.Value)
-                    : driver->Call(kGetDitherParams, kModelName, kMaker, &settings, &out.Value);
-            EXPECT_EQ(answer, row.Answer) << row.Name;
-            EXPECT_TRUE(out == expected) << row.Name;
-            EXPECT_EQ(NewMessages(), row.Message == nullptr ? Texts{} : Texts{row.Message})
-                << row.Name;
-        }
+        expected.Value.AntiClogLevel = row.AntiClog;
+        expected.Value.NoiseLevel = row.Noise;
+        for (const char* ink = row.ReadInks; *ink != '\0'; ++ink)
+            std::memcpy(&expected.Value.Values[*ink - '0'], kRead, sizeof kRead);
+        Dither out;
+        Dither extended;
+        EXPECT_EQ(driver->Call(kGetDitherParams, kModelName, kMaker, &settings, &out.Value),
+                  row.Answer);
+        EXPECT_TRUE(out == expected) << leaves;
+        EXPECT_EQ(NewMessages(), *row.Message == '\0' ? Texts{} : Texts{row.Message}) << leaves;
+        driver->Call(kGetDitherParamsEx, kModelName, kMaker, &settings, &out, &extended.Value);
+        EXPECT_TRUE(extended == expected) << leaves;
+        NewMessages();
     }
+    // What lies beyond the inks and levels of the mode, but within the record.
+    const std::string level = weights({{"dEFAULT", "63", "-7"}, {"15", "3", "9"}});
+    SetFiles({{"Ditherparams.xml", kList},
+              {"acme.xml",
+               Serving("<DitherParams ID='4'><Level Value='4'>" + level +
+                       "<a/><a/><a/><a/><a/><a/><a/></Level>" + kEnds + "</DitherParams>")}});
+    Dither out;
+    Dither expected = DefaultDither(4, 3);
+    expected.Value.AntiClogLevel = 3;
+    expected.Value.NoiseLevel = 0.25F;
+    expected.Value.Values[0][63] = -7;
+    expected.Value.Values[15][3] = 9;
+    driver->Call(kGetDitherParams, kModelName, kMaker, &settings, &out.Value);
+    EXPECT_TRUE(out == expected);
 }
 
 TEST_F(HalftoneTest, DitherDefaultsByDepth) {
