@@ -20,7 +20,7 @@ bool EqualsIgnoringCase(std::string_view left, std::string_view right) {
 void CopyText(char* field, std::size_t fieldBytes, std::string_view text,
               std::size_t mostCharacters) {
     const std::size_t count = std::min({text.size(), mostCharacters, fieldBytes - 1});
-    std::memcpy(field, text.data(), count);
+    text.copy(field, count);  // an empty text may point nowhere
     std::memset(field + count, 0, fieldBytes - count);
 }
 
