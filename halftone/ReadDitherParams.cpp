@@ -16,6 +16,8 @@ constexpr int32_t kMostInks = DitherParams::kMostInks;
 /// A level count that no printer has; a file that knows none for it is not at fault.
 constexpr int32_t kContoneLevels = 256;
 
+// Numbers of a record are passed on as copies: it is packed, and references to them may not be.
+
 /// Positions that a level count uses: one for each level with ink.
 int32_t PositionCount(int32_t levelCount) {
     return std::clamp(levelCount, 1, kMostLevels) - 1;
@@ -58,7 +60,7 @@ void ReadWeights(const AXMLTree& document, const AXMLTreeNode& level, DitherPara
     const int64_t complete = (int64_t{out.LevelCount} - 1) * out.InkCount;
     if (!first || document.getChildCount(level) >= complete) return;
     // Inks that the file leaves out print like the first one that it has.
-    const auto inkCount = static_cast<std::size_t>(std::clamp(out.InkCount, 0, kMostInks));
+    const auto inkCount = static_cast<std::size_t>(std::clamp(int32_t{out.InkCount}, 0, kMostInks));
     for (std::size_t ink = 0; ink < inkCount; ++ink) {
         for (int32_t at = 0; !seen[ink] && at < PositionCount(out.LevelCount); ++at) {
             out.Values[ink][at] = out.Values[*first][at];
@@ -83,19 +85,19 @@ int32_t ReadEntry(const AXMLTree& document, const AXMLTreeNode& entry, DitherPar
         reading.Message = "Getting ditherparams-level node fails";
         return 0;
     }
-    if (LeadingDecimal(document.getAttribute(level, "Value")) != out.LevelCount) return 0;
+    if (LeadingDecimal(document.getAttribute(level, "Value")) != int32_t{out.LevelCount}) return 0;
     ReadWeights(document, level, out);
 
     const std::optional<AString> antiClog =
         ChildValue(document, entry, "AntiClogLevel",
                    "Getting ditherparams-anti clog level node fails", reading);
     if (!antiClog) return 0;
-    out.AntiClogLevel = LeadingDecimal(*antiClog).value_or(out.AntiClogLevel);
+    out.AntiClogLevel = LeadingDecimal(*antiClog).value_or(int32_t{out.AntiClogLevel});
 
     const std::optional<AString> noise = ChildValue(
         document, entry, "NoiseLevel", "Getting ditherparams-noise level node fails", reading);
     if (!noise) return 0;
-    out.NoiseLevel = LeadingFraction(*noise).value_or(out.NoiseLevel);
+    out.NoiseLevel = LeadingFraction(*noise).value_or(float{out.NoiseLevel});
     return 1;
 }
 
@@ -107,7 +109,7 @@ bool SetDefaultDitherParams(const ColorantInfoList& colorants, DitherParams& out
     out.LevelCount = 1 << std::min(depth, kMostBits);
     out.AntiClogLevel = 0;
     out.NoiseLevel = 1.0F;
-    out.InkCount = std::clamp(colorants.Count, 0, kMostInks);
+    out.InkCount = std::clamp(int32_t{colorants.Count}, 0, kMostInks);
     const auto highest = static_cast<float>(out.LevelCount - 1);
     for (int32_t ink = 0; ink < out.InkCount; ++ink) {
         for (int32_t position = 0; position < PositionCount(out.LevelCount); ++position) {

@@ -22,10 +22,12 @@ namespace {
 
 using Files = std::map<std::string, std::string>;
 
-/// A record as its bytes, all 0xA5 at first, with as many behind it that nobody may write.
+/// A record as its bytes, all 0xA5 at first, at an odd address, as a packed record may stand, with
+/// bytes around it that nobody may write.
 template <class Record>
-struct Bytes {
-    static constexpr std::size_t kBehind = 64;
+struct alignas(8) Bytes {
+    static constexpr std::size_t kBehind = 63;
+    unsigned char Before;
     Record Value;
     unsigned char Behind[kBehind];
 
