@@ -63,6 +63,8 @@ say "The binary header that the driver wrote beside these channels, field by fie
     --file "$demo/printed/white/label/label.hdr"
 say "Its job ticket"
 cat "$demo/printed/white/label/FenlandW6Job.xml"
+say "Its white ink, the union of the inks above it"
+"$host" inspect "$demo"/printed/white/label/label_W*
 print_document "$demo/artwork/banner.pdf" "Fenland T4" wide --print-mode Billboard
 picture_of wide banner
 print_document "$demo/artwork/ticket.pdf" "Fenland S1" film
@@ -76,7 +78,8 @@ The channels lie in $top/$demo/printed:
   white/    Fenland W6: six inks of 2 bits and the white under them; header and job ticket beside
   wide/     Fenland T4: a banner of three metres, read line by line through its four channels
   film/     Fenland S1: one channel at 2400 dpi, and its header
-and pictures made from them in $top/$demo/proofs.
+and pictures made from them in $top/$demo/proofs. The driver's own previews, mirrored as printers want them:
+$(cd "$demo/printed" && find . -name '*.bmp' -o -name '*.png' | sort | sed 's|^\./|  |')
 Any imaging tool opens the TIFF channels, for example
   tiffinfo $demo/printed/roll/harbour/harbour_C.tif
 TEXT

@@ -52,11 +52,13 @@ std::string Description(const BenchPage& page, const BenchModel& model) {
         "<ColorModeList><ColorMode><ID>0</ID><InternalName>CMYK</InternalName>"
         "<DisplayName>CMYK</DisplayName><ColorantList>{}</ColorantList></ColorMode>"
         "</ColorModeList></Definition><ModelList><Model Name=\"{}\" TypeRead=\"{}\" "
-        "PrinterDirection=\"{}\" CreateFolder=\"No\"><PreviewParam type=\"{}\" sizeV=\"{}\" "
+        "PrinterDirection=\"{}\" CreateFolder=\"No\" SupportWhite=\"{}\"><PreviewParam type=\"{}\" "
+        "sizeV=\"{}\" "
         "name=\"{}\"/></Model></ModelList></Printer>",
         colors, colorants, kModelName, model.isInterleaved ? "LINE_BY_LINE" : "",
-        model.isReversed ? "YES" : "", model.preview, model.preview.empty() ? 0 : kPreviewSide,
-        kPreviewName);
+        model.isReversed ? "YES" : "",
+        model.whiteType == 0 ? "" : fmt::format("{0}|White;{0};1", model.whiteType), model.preview,
+        model.preview.empty() ? 0 : kPreviewSide, kPreviewName);
 }
 
 std::string JobFileBytes() {
@@ -96,7 +98,8 @@ void BenchJob::CheckOutput() const {
         }
         ++found;
     }
-    if (found != BenchPage::kChannels) {
+    const int32_t expected = BenchPage::kChannels + (model_.whiteType != 0 ? 1 : 0);
+    if (found != expected) {
         throw std::runtime_error(fmt::format("{} channel files", found));
     }
     if (!model_.preview.empty() && !fs::exists(OutputFolder() / kPreviewName)) {

@@ -10,6 +10,7 @@ struct BenchModel {
     bool isRaw = false;          ///< raw channel files, else TIFF
     bool isInterleaved = false;  ///< line by line, else channel by channel
     bool isReversed = false;     ///< bottom line first
+    int whiteType = 0;           ///< white treatment; 0 for none
     std::string preview;         ///< "BMP" or "PNG"; empty for none
 };
 

@@ -48,6 +48,8 @@ int ParseOptions(int argc, char** argv, Options& options) {
     app.add_flag("--raw", options.model.isRaw, "Raw channel files instead of TIFF");
     app.add_flag("--interleaved", options.model.isInterleaved, "Line by line through the channels");
     app.add_flag("--reversed", options.model.isReversed, "Bottom line first");
+    app.add_option("--white", options.model.whiteType, "A white channel of this treatment")
+        ->check(CLI::Range(0, 5));
     app.add_option("--preview", options.model.preview, "A preview of this format beside them")
         ->check(CLI::IsMember({"BMP", "PNG"}));
     CLI11_PARSE(app, argc, argv);
