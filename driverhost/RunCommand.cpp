@@ -5,11 +5,13 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <map>
 #include <memory>
 #include <optional>
 #include <set>
 #include <system_error>
+#include <thread>
 
 #include "driverhost/CommandTree.h"
 #include "driverhost/DriverLibrary.h"
@@ -18,11 +20,28 @@
 #include "driverhost/JobReport.h"
 #include "driverhost/JobRun.h"
 #include "driverhost/PrintRecord.h"
+#include "platform/FolderLock.h"
 #include "platform/Program.h"
 
 namespace fs = std::filesystem;
 
 namespace {
+
+/// The driver's temporary files have one name each below the base folder, so that two jobs at a
+/// time would mix their data: a run waits until no other has the folder. Where the file system
+/// knows no locks, nobody waits.
+void AwaitBaseFolder(FolderLock& lock) {
+    const char* const base = std::getenv("QL_BASE_FOLDER");
+    if (base == nullptr) return;
+    bool said = false;
+    while (lock.TryLock(base) == FolderLock::Answer::kHeldByAnother) {
+        if (InterruptNoted()) throw HostError(kAborted, "interrupted before the first job");
+        if (!said)
+            fmt::print(stderr, "driverhost: another run uses {}: waiting for its end\n", base);
+        said = true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+}
 
 fs::path PrepareFolder(const std::string& folder) {
     fs::path path = fs::absolute(folder).lexically_normal();
@@ -223,6 +242,8 @@ void NoteReplacedFiles(std::vector<JobReport>& reports) {
 int RunJobs(const RunOptions& options) {
     if (options.Jobs.size() > 1 && !options.Name.empty())
         throw HostError(kUsage, "--name is for one job, not for several");
+    FolderLock baseFolder;
+    AwaitBaseFolder(baseFolder);
     Drivers drivers;
     std::vector<JobReport> reports;
     const fs::path folder = fs::absolute(options.OutputFolder).lexically_normal();

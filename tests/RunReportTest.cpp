@@ -74,6 +74,14 @@ TEST_F(RunReport, ThumbnailLiesWithTheJob) {
     })) << files;
 }
 
+TEST_F(RunReport, RunsInOneBaseFolderTakeTurns) {
+    const Outcome outcome = Shell(
+        "for i in 1 2 3 4; do \"$host\" run raw --out at$i & runs=\"$runs $!\"; done\n"
+        "for run in $runs; do wait $run || exit 1; done\n"
+        "for i in 2 3 4; do \"$host\" diff at1 at$i || exit 1; done");
+    EXPECT_EQ(outcome.Status, 0) << outcome.Output;
+}
+
 TEST_F(RunReport, NamesWhatIsIncomplete) {
     const std::string pages = ReadText(Path("tiff.pages.tif"));
     Write("cut", ReadText(Path("tiff")));
