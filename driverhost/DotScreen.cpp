@@ -97,10 +97,11 @@ std::vector<uint8_t> RankPixels(const Steps& x, const Steps& y, DotShape shape) 
 
 /// Eight bytes of 0 or 1 as the bits of one, the first the most significant.
 uint8_t PackBits(const uint8_t* inked) {
-    unsigned bits = 0;
-    for (int i = 0; i < 8; ++i)
-        bits = bits << 1 | inked[i];
-    return static_cast<uint8_t>(bits);
+    uint64_t bytes = 0;
+    for (unsigned i = 0; i < 8; ++i)
+        bytes |= uint64_t{inked[i]} << 8 * i;  // one load, for compilers know this loop
+    // Byte i, from the lowest, arrives in bit 63 - i; no two sums meet in the upper eight.
+    return static_cast<uint8_t>(bytes * 0x8040201008040201U >> 56);
 }
 
 }  // namespace
@@ -131,15 +132,16 @@ std::span<const uint8_t> DotScreen::Row(int64_t row) const {
     return std::span(thresholds_).subspan(start, width_);
 }
 
-void DotScreen::ScreenRow(std::span<const uint8_t> amounts, int64_t row,
+void DotScreen::ScreenRow(std::span<const uint8_t> amounts, const PagePoint& place,
                           std::span<uint8_t> packed) const {
     constexpr std::size_t kBlock = 4096;  // of whole bytes; stays in the nearest cache
-    const std::span<const uint8_t> thresholds = Row(row);
+    const std::span<const uint8_t> thresholds = Row(place.Row);
+    const auto first = static_cast<std::size_t>(place.Column);
     std::array<uint8_t, kBlock> inked;
     for (std::size_t start = 0; start < amounts.size(); start += kBlock) {
         const std::size_t count = std::min(kBlock, amounts.size() - start);
         for (std::size_t done = 0; done < count;) {
-            const std::size_t at = (start + done) % width_;
+            const std::size_t at = (first + start + done) % width_;
             const std::size_t run = std::min(count - done, width_ - at);
             const uint8_t* const amount = amounts.data() + start + done;
             const uint8_t* const threshold = thresholds.data() + at;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "driverhost/DotShapes.h"
+#include "driverhost/Halftone.h"
 
 /// What a clustered-dot screen is to look like.
 struct ScreenGeometry {
@@ -31,9 +32,10 @@ class DotScreen {
     std::span<const uint8_t> Row(int64_t row) const;
 
     /// Screens a row of ink amounts (0 to 255, one byte a pixel) into one bit a pixel, most
-    /// significant bit first. `packed` has (amounts + 7) / 8 bytes; the spare bits of its last
-    /// byte are 0.
-    void ScreenRow(std::span<const uint8_t> amounts, int64_t row, std::span<uint8_t> packed) const;
+    /// significant bit first. `place` is that of the first on its page; `packed` has
+    /// (amounts + 7) / 8 bytes, and the spare bits of its last byte are 0.
+    void ScreenRow(std::span<const uint8_t> amounts, const PagePoint& place,
+                   std::span<uint8_t> packed) const;
 
   private:
     std::size_t width_ = 0;

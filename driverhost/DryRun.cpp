@@ -93,6 +93,8 @@ void ReportDryRun(const DryRun& run) {
     Warnings warnings;
     int64_t plates = 0;
     int64_t channels = 0;
+    for (const std::string& fault : run.Screens.Faults)
+        warnings.Add(fault);
     for (const DocumentPage& page : run.Pages) {
         const InkPlan plan = PlanInks(mode.Colorants, run.Source.Pages()[page.Index].Spots);
         warnings.AddPlan(plan, mode.Name);
@@ -100,6 +102,7 @@ void ReportDryRun(const DryRun& run) {
         plates = std::max(plates, PlateBytes(page, plan, run.BandPixels));
         channels += ChannelBytes(page, mode);
     }
+    PrintScreens(run.Screens);
     const int64_t job = Packed(ContainerBytes(run.Pages, mode));
     // A document that had to be converted lies in the work folder too.
     const auto document = static_cast<int64_t>(FolderBytes(run.WorkFolder));

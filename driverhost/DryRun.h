@@ -6,6 +6,7 @@
 
 #include "driverhost/Artwork.h"
 #include "driverhost/ChoiceOptions.h"
+#include "driverhost/JobScreens.h"
 #include "driverhost/PageLayout.h"
 
 /// What make-job would make, without making it.
@@ -13,6 +14,7 @@ struct DryRun {
     Rasterizer& Gs;
     const Artwork& Source;
     const ChosenPrint& Chosen;
+    const JobScreens& Screens;
     const std::vector<DocumentPage>& Pages;
     std::filesystem::path WorkFolder;
     std::filesystem::path JobFolder;  ///< where the job would go; empty: not said

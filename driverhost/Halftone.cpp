@@ -1,49 +1,37 @@
 #include "driverhost/Halftone.h"
 
-#include <algorithm>
-
 namespace {
 
 template <unsigned kBits>
-void PackRow(std::span<const uint8_t> amounts, const ThresholdMatrix& matrix,
-             const PagePoint& place, std::span<uint8_t> packed) {
-    const auto& thresholds = matrix.Row(place.Row);
-    const auto first = static_cast<std::size_t>(place.Column);
-    constexpr unsigned kTopLevel = (1U << kBits) - 1;
-    constexpr unsigned kFull = 255;
+void PackRow(std::span<const uint8_t> amounts, std::span<const uint8_t> thresholds,
+             const InkLevels& levels, std::span<uint8_t> packed) {
     constexpr std::size_t kPixelsPerByte = 8 / kBits;
-    for (std::size_t byte = 0; byte < packed.size(); ++byte) {
+    const auto packPixels = [&](std::size_t first, std::size_t count) {
         unsigned value = 0;
-        for (std::size_t i = 0; i < kPixelsPerByte; ++i) {
-            const std::size_t x = byte * kPixelsPerByte + i;
-            unsigned level = 0;
-            if (x < amounts.size()) {
-                const unsigned scaled = amounts[x] * kTopLevel;
-                level = scaled / kFull;
-                if (scaled % kFull > thresholds[(first + x) % ThresholdMatrix::kSide]) ++level;
-            }
+        for (std::size_t x = first; x < first + count; ++x) {
+            const InkLevels::Step step = levels.Of(amounts[x]);
+            const unsigned level = step.Level + (step.Share > thresholds[x] ? 1U : 0U);
             value = value << kBits | level;
         }
-        packed[byte] = static_cast<uint8_t>(value);
-    }
+        return value << kBits * (kPixelsPerByte - count);
+    };
+    const std::size_t whole = amounts.size() / kPixelsPerByte;
+    for (std::size_t byte = 0; byte < whole; ++byte)
+        packed[byte] = static_cast<uint8_t>(packPixels(byte * kPixelsPerByte, kPixelsPerByte));
+    if (const std::size_t rest = amounts.size() % kPixelsPerByte; rest > 0)
+        packed[whole] = static_cast<uint8_t>(packPixels(whole * kPixelsPerByte, rest));
 }
 
 }  // namespace
 
-void HalftoneRow(std::span<const uint8_t> amounts, int32_t bits, const ThresholdMatrix& matrix,
-                 const PagePoint& place, std::span<uint8_t> packed) {
+void HalftoneRow(std::span<const uint8_t> amounts, std::span<const uint8_t> thresholds,
+                 const InkLevels& levels, int32_t bits, std::span<uint8_t> packed) {
     switch (bits) {
         case 1:
-            PackRow<1>(amounts, matrix, place, packed);
-            break;
+            return PackRow<1>(amounts, thresholds, levels, packed);
         case 2:
-            PackRow<2>(amounts, matrix, place, packed);
-            break;
-        case 4:
-            PackRow<4>(amounts, matrix, place, packed);
-            break;
+            return PackRow<2>(amounts, thresholds, levels, packed);
         default:
-            std::copy(amounts.begin(), amounts.end(), packed.begin());
-            break;
+            return PackRow<4>(amounts, thresholds, levels, packed);
     }
 }

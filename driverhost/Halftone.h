@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <span>
 
-#include "driverhost/ThresholdMatrix.h"
+#include "driverhost/InkLevels.h"
 
 /// Bytes of a packed row of `width` pixels of `bits` bits.
 constexpr int64_t PackedRowBytes(int64_t width, int32_t bits) {
@@ -16,10 +16,9 @@ struct PagePoint {
     int64_t Row = 0;
 };
 
-/// Turns a row of ink amounts (0 to 255, one byte a pixel) into a packed row of 1, 2, 4 or 8 bits
-/// a pixel, most significant bit first. 8 bits keep the amounts; fewer bits print the two levels
-/// around an amount in the share that the matrix decides, which lies over the whole page: `place`
-/// is that of the first pixel. `packed` has PackedRowBytes bytes; the spare bits of its last byte
-/// are 0.
-void HalftoneRow(std::span<const uint8_t> amounts, int32_t bits, const ThresholdMatrix& matrix,
-                 const PagePoint& place, std::span<uint8_t> packed);
+/// Turns ink amounts (0 to 255, one byte a pixel) into packed levels of 1, 2 or 4 bits, most
+/// significant bit first. A pixel gets the upper of an amount's two levels where its share is
+/// above the pixel's threshold, 0 to 254. `packed` has PackedRowBytes bytes; the spare bits of its
+/// last byte are 0.
+void HalftoneRow(std::span<const uint8_t> amounts, std::span<const uint8_t> thresholds,
+                 const InkLevels& levels, int32_t bits, std::span<uint8_t> packed);

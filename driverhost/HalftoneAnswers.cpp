@@ -29,13 +29,23 @@ PrintSettings HalftoneSettings(const std::string& model, const std::string& manu
     return settings;
 }
 
-HalftoneAnswers AskHalftone(DriverInterface& driver, PrintSettings settings) {
-    HalftoneAnswers answers;
-    answers.DitherIsFromFile = driver.GetDitherParams(settings.ModelName, settings.ManufacturerName,
-                                                      &settings, &answers.Dither) == 1;
-    if (driver.GetScreeningParams(&answers.Screening, &settings) != 1 ||
-        answers.Screening.Count < 1 || answers.Screening.Count > ScreeningParams::kMostEntries)
+bool AskDither(DriverInterface& driver, PrintSettings settings, DitherParams& dither) {
+    return driver.GetDitherParams(settings.ModelName, settings.ManufacturerName, &settings,
+                                  &dither) == 1;
+}
+
+ScreeningParams AskScreening(DriverInterface& driver, PrintSettings settings) {
+    ScreeningParams screening = {};
+    if (driver.GetScreeningParams(&screening, &settings) != 1 || screening.Count < 1 ||
+        screening.Count > ScreeningParams::kMostEntries)
         throw HostError(kFailed, "the driver answers no screens");
+    return screening;
+}
+
+HalftoneAnswers AskHalftone(DriverInterface& driver, const PrintSettings& settings) {
+    HalftoneAnswers answers;
+    answers.DitherIsFromFile = AskDither(driver, settings, answers.Dither);
+    answers.Screening = AskScreening(driver, settings);
     return answers;
 }
 
@@ -52,11 +62,13 @@ std::string DrawnShape(const ScreenEntry& entry) {
     return FindDotShape(entry.ShapeName) == nullptr ? kBuiltInShape : entry.ShapeName;
 }
 
-DotScreen MakeScreen(const ScreenEntry& entry, double xResolution, double yResolution) {
+DotScreen MakeScreen(const ScreenEntry& entry, const ColorantInfo& ink,
+                     const ResolutionItem& resolution) {
     try {
-        return DotScreen({xResolution, yResolution, double{entry.Frequency}, double{entry.Angle}},
+        return DotScreen({double{resolution.XResolution}, double{resolution.YResolution},
+                          double{entry.Frequency}, double{entry.Angle}},
                          FindDotShape(DrawnShape(entry)));
     } catch (const HostError& error) {
-        throw HostError(error.Status(), fmt::format("{}: {}", entry.ColorName, error.what()));
+        throw HostError(error.Status(), fmt::format("{}: {}", ink.DisplayName, error.what()));
     }
 }

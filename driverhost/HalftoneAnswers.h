@@ -18,9 +18,12 @@ struct HalftoneAnswers {
 PrintSettings HalftoneSettings(const std::string& model, const std::string& manufacturer,
                                const PrintChoice& choice);
 
-/// Asks a driver that has answered a capability: it knows a mode's colorants only then. Faults of
-/// the files are shown by the driver, which then answers what it has.
-HalftoneAnswers AskHalftone(DriverInterface& driver, PrintSettings settings);
+/// Ask a driver that has answered a capability: it knows a mode's colorants only then. Faults of
+/// the files are shown by the driver, which then answers what it has. AskDither answers whether a
+/// file supplied the levels; AskScreening never answers none.
+bool AskDither(DriverInterface& driver, PrintSettings settings, DitherParams& dither);
+ScreeningParams AskScreening(DriverInterface& driver, PrintSettings settings);
+HalftoneAnswers AskHalftone(DriverInterface& driver, const PrintSettings& settings);
 
 /// The screen of one ink: that of its internal or else its display name, in any letter case, else
 /// the one at its position in the mode, else the last.
@@ -31,5 +34,7 @@ const ScreenEntry& ScreenOfInk(const ScreeningParams& screening, const ColorantI
 /// that of the driver's built-in screens.
 std::string DrawnShape(const ScreenEntry& entry);
 
-/// The entry's screen at a resolution. Throws HostError naming the ink when it cannot be made.
-DotScreen MakeScreen(const ScreenEntry& entry, double xResolution, double yResolution);
+/// The entry's screen for an ink at a resolution. Throws HostError naming the ink when it cannot
+/// be made.
+DotScreen MakeScreen(const ScreenEntry& entry, const ColorantInfo& ink,
+                     const ResolutionItem& resolution);

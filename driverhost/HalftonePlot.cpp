@@ -39,7 +39,7 @@ class Strip {
   public:
     Strip(const ColorantInfo& ink, const ScreenEntry& entry, const ResolutionItem& resolution,
           int64_t width)
-        : screen_(MakeScreen(entry, resolution.XResolution, resolution.YResolution)),
+        : screen_(MakeScreen(entry, ink, resolution)),
           ink_(RgbOf(ink.ColorValue)),
           paper_(PaperUnder(ink_)) {
         const double finest = std::max<double>(resolution.XResolution, resolution.YResolution);
@@ -52,7 +52,7 @@ class Strip {
     }
 
     void DrawRow(int64_t row, std::vector<uint8_t>& rgb) {
-        screen_.ScreenRow(amounts_, Printed(row, yScale_), packed_);
+        screen_.ScreenRow(amounts_, {0, Printed(row, yScale_)}, packed_);
         const int64_t width = std::ssize(rgb) / kRgb;
         for (int64_t x = 0; x < width; ++x) {
             const auto printed = static_cast<std::size_t>(Printed(x, xScale_));
@@ -86,7 +86,7 @@ std::vector<PlotStrip> PlotScreens(const std::vector<ColorantInfo>& inks,
     for (std::size_t ink = 0; ink < inks.size(); ++ink) {
         const ScreenEntry& entry = ScreenOfInk(screening, inks[ink], ink);
         // Refuses what cannot be drawn before a file is begun.
-        MakeScreen(entry, resolution.XResolution, resolution.YResolution);
+        MakeScreen(entry, inks[ink], resolution);
         largestCell =
             std::max(largestCell, std::max<double>(resolution.XResolution, resolution.YResolution) /
                                       double{entry.Frequency});

@@ -12,8 +12,11 @@
 #include "driverhost/Container.h"
 #include "driverhost/DriverLibrary.h"
 #include "driverhost/DryRun.h"
+#include "driverhost/HalftoneAnswers.h"
 #include "driverhost/HostError.h"
 #include "driverhost/JobFile.h"
+#include "driverhost/JobScreens.h"
+#include "driverhost/ManufacturerList.h"
 #include "driverhost/PageSeparator.h"
 #include "driverhost/Warnings.h"
 #include "driverhost/WorkFolder.h"
@@ -23,11 +26,16 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr char kContainerName[] = "pages.tif";
+constexpr char kClusteredName[] = "am";
+constexpr char kDispersedName[] = "fm";
 
-ChosenPrint AskDriver(const MakeJobOptions& options) {
-    const DriverLibrary library;
-    const std::unique_ptr<DriverInterface> driver = library.CreateDriver();
-    ChosenPrint chosen = Choose(Capabilities(*driver, options.Model), options.Choice);
+/// What the driver answers: what is to be printed, and how its inks are screened.
+struct PrintAnswers {
+    ChosenPrint Chosen;
+    JobScreens Screens;
+};
+
+void CheckChoice(const ChosenPrint& chosen) {
     if (chosen.Mode.Colorants.empty())
         throw HostError(kFailed,
                         fmt::format("colour mode \"{}\" has no colorants", chosen.Mode.Name));
@@ -39,7 +47,23 @@ ChosenPrint AskDriver(const MakeJobOptions& options) {
     if (!(chosen.Resolution.XResolution >= 1 && chosen.Resolution.YResolution >= 1))
         throw HostError(kFailed,
                         fmt::format("resolution {} is no resolution", chosen.Resolution.ID));
-    return chosen;
+}
+
+PrintAnswers AskDriver(const MakeJobOptions& options) {
+    const DriverLibrary library;
+    const std::unique_ptr<DriverInterface> driver = library.CreateDriver();
+    PrintAnswers answers;
+    answers.Chosen = Choose(Capabilities(*driver, options.Model), options.Choice);
+    CheckChoice(answers.Chosen);
+    const std::string manufacturer =
+        options.Manufacturer.empty() ? ManufacturerOf(options.Model) : options.Manufacturer;
+    const OneBitScreens kind = options.Screen == kDispersedName   ? OneBitScreens::kDispersed
+                               : options.Screen == kClusteredName ? OneBitScreens::kClustered
+                                                                  : OneBitScreens::kEither;
+    answers.Screens = MakeJobScreens(
+        *driver, HalftoneSettings(options.Model, manufacturer, answers.Chosen.Choice),
+        answers.Chosen, kind);
+    return answers;
 }
 
 void CheckJobPath(const fs::path& job) {
@@ -62,16 +86,16 @@ void MoveIntoPlace(const fs::path& from, const fs::path& to) {
 
 /// Rasterises, separates and screens all pages.
 void WriteContainer(const fs::path& workFolder, Rasterizer& rasterizer, const Artwork& artwork,
-                    const ChosenPrint& chosen, const std::vector<DocumentPage>& pages,
+                    const PrintAnswers& answers, const std::vector<DocumentPage>& pages,
                     int64_t bandPixels) {
+    const ChosenPrint& chosen = answers.Chosen;
     const std::vector<ColorantInfo>& colorants = chosen.Mode.Colorants;
     ContainerWriter writer(workFolder / kContainerName, ContainerBytes(pages, chosen.Mode));
-    InkScreens screens;
-    for (std::size_t i = 0; i < colorants.size(); ++i)
-        screens.push_back(MakeDispersedScreen(i, static_cast<int32_t>(colorants[i].ColorDepth)));
-    PageSeparator separator(rasterizer, writer, workFolder, chosen, screens, bandPixels,
-                            pages.size() * pages.front().Tiles.size());
+    PageSeparator separator(rasterizer, writer, workFolder, chosen, answers.Screens.Screens,
+                            bandPixels, pages.size() * pages.front().Tiles.size());
     Warnings warnings;
+    for (const std::string& fault : answers.Screens.Faults)
+        warnings.Add(fault);
     for (const DocumentPage& page : pages) {
         const InkPlan plan = PlanInks(colorants, artwork.Pages()[page.Index].Spots);
         warnings.AddPlan(plan, chosen.Mode.Name);
@@ -96,7 +120,8 @@ void MakeJob(const MakeJobOptions& options) {
         CheckJobPath(job);
     else if (!options.DryRun)
         throw HostError(kUsage, "--output is required");
-    const ChosenPrint chosen = AskDriver(options);
+    const PrintAnswers answers = AskDriver(options);
+    const ChosenPrint& chosen = answers.Chosen;
 
     const WorkFolder work(options.DryRun ? fs::temp_directory_path() / "driverhost" : job);
     Rasterizer rasterizer(work.Path(), std::chrono::seconds(options.TimeoutSeconds));
@@ -104,11 +129,11 @@ void MakeJob(const MakeJobOptions& options) {
     const std::vector<DocumentPage> pages = LayOut(artwork.Pages(), chosen.Resolution, tiles);
     artwork.Prepare();
     if (options.DryRun) {
-        ReportDryRun({rasterizer, artwork, chosen, pages, work.Path(), job.parent_path(),
-                      options.BandPixels});
+        ReportDryRun({rasterizer, artwork, chosen, answers.Screens, pages, work.Path(),
+                      job.parent_path(), options.BandPixels});
         return;
     }
-    WriteContainer(work.Path(), rasterizer, artwork, chosen, pages, options.BandPixels);
+    WriteContainer(work.Path(), rasterizer, artwork, answers, pages, options.BandPixels);
 
     JobSettings settings;
     settings.Model = options.Model;
@@ -122,6 +147,7 @@ void MakeJob(const MakeJobOptions& options) {
     MoveIntoPlace(work.Path() / "settings.json", SettingsOf(job));
     MoveIntoPlace(work.Path() / kContainerName, ContainerOf(job));
     MoveIntoPlace(work.Path() / "job", job);  // last: a job file has its other files beside it
+    PrintScreens(answers.Screens);
     fmt::print("{}: {} page{} for {}, {} x {} dpi, {}\n", options.Job, pages.size(),
                pages.size() == 1 ? "" : "s", options.Model, settings.XResolution,
                settings.YResolution, chosen.Mode.Name);
@@ -139,6 +165,14 @@ void AddMakeJobCommand(CommandTree& tree) {
     AddChoiceOptions(command, options.Choice);
     command.add_option("--color-mode", options.Choice.ColorMode,
                        "Colour mode, by name or position");
+    command.add_option("--manufacturer", options.Manufacturer,
+                       "The manufacturer whose dither and screening parameters serve; without it "
+                       "the one that the model's name begins with");
+    command
+        .add_option("--screen", options.Screen,
+                    "How inks of one bit are screened: am, the clustered dots of the screening "
+                    "parameters; fm, dispersed dots; without it fm only where am cannot be made")
+        ->check(CLI::IsMember({kClusteredName, kDispersedName}));
     command
         .add_option("-o,--output", options.Job,
                     "The job file; JOB.pages.tif and JOB.settings.json appear beside it")
@@ -178,5 +212,6 @@ void AddMakeJobCommand(CommandTree& tree) {
          "      --resolution 1200x600 --color-mode \"CMYK, White, Varnish, contone\" -o "
          "glass.job",
          "driverhost make-job photo.png --model \"Fenland T4\" --tiles 3x2 -o wall.job",
+         "driverhost make-job poster.pdf --model \"Fenland S1\" --screen fm -o film.job",
          "driverhost make-job photo.png --model \"Fenland R4\" --picture-dpi 150 --dry-run"});
 }

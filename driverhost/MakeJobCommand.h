@@ -12,9 +12,11 @@ struct MakeJobOptions {
     std::string Model;
     std::string Job;
     ChoiceOptions Choice;
-    std::string Tiles;      ///< "COLUMNSxROWS"; empty: pages in one piece
-    bool DryRun = false;    ///< `Job` may then be empty
-    double PictureDpi = 0;  ///< 0: the picture's own
+    std::string Manufacturer;  ///< empty: the one that the model's name begins with
+    std::string Screen;        ///< "am", "fm"; empty: am as far as it can be made
+    std::string Tiles;         ///< "COLUMNSxROWS"; empty: pages in one piece
+    bool DryRun = false;       ///< `Job` may then be empty
+    double PictureDpi = 0;     ///< 0: the picture's own
     int64_t TimeoutSeconds = 300;
     /// Most pixels of one rasteriser run. Its composite picture takes four bytes a pixel and must
     /// stay well below 4 GiB.

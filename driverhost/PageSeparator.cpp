@@ -64,13 +64,11 @@ std::vector<std::string> PageSeparator::MakeBands(const DocumentPage& page, cons
     const PageSize& size = page.Size;
     bands_.clear();
     if (!plan.NeedsSeparations && !plan.NeedsGray) return {};
-    // A height of whole screens, as a rasteriser that screens would need it too.
-    const int64_t side = ThresholdMatrix::kSide;
+    constexpr int64_t kLeastRows = 64;  // lower bands would only start the rasteriser more often
     const int64_t mostRows = bandPixels_ / size.Width;
     const int64_t margin = std::min(kMarginRows, mostRows / 4);
-    const int64_t bandRows = mostRows >= size.Rows
-                                 ? size.Rows
-                                 : std::max((mostRows - 2 * margin) / side, int64_t{1}) * side;
+    const int64_t bandRows =
+        mostRows >= size.Rows ? size.Rows : std::max(mostRows - 2 * margin, kLeastRows);
     std::vector<std::string> complaints;
     BandRequest request;
     request.PageNumber = static_cast<int32_t>(page.Index) + 1;

@@ -13,9 +13,6 @@
 #include "driverhost/Plates.h"
 #include "driverhost/Rasterizer.h"
 
-/// How the ink amounts of each colorant are screened, in the colour mode's order.
-using InkScreens = std::vector<std::unique_ptr<InkScreen>>;
-
 /// Makes the separations of one page after the other: has the plates rasterised band by band,
 /// then reads, splits and screens them row by row into the container.
 class PageSeparator {

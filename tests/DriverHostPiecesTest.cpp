@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstring>
 #include <fstream>
 #include <numeric>
@@ -9,13 +10,14 @@
 #include <string>
 #include <vector>
 
-#include "driverhost/Halftone.h"
 #include "driverhost/HostError.h"
 #include "driverhost/InkPlan.h"
+#include "driverhost/InkScreen.h"
 #include "driverhost/OutputFiles.h"
 #include "driverhost/PdfPages.h"
 #include "driverhost/Plates.h"
 #include "driverhost/Progress.h"
+#include "driverhost/ThresholdMatrix.h"
 #include "driverhost/WorkFolder.h"
 
 namespace {
@@ -85,15 +87,15 @@ TEST(InkPlan, LightInkHandsOverToTheDarkOne) {
     }
 }
 
-/// Levels of a flat tone over a whole screen.
-std::vector<unsigned> Levels(uint8_t amount, int32_t bits, std::size_t ink) {
-    constexpr std::size_t kSide = ThresholdMatrix::kSide;
-    const ThresholdMatrix matrix(ink);
+/// Levels of a flat tone over a square of four matrices a side.
+std::vector<unsigned> Levels(const InkScreen& screen, uint8_t amount, int32_t bits) {
+    constexpr std::size_t kSide = 4 * ThresholdMatrix::kSide;
     const std::vector<uint8_t> amounts(kSide, amount);
-    std::vector<uint8_t> packed(static_cast<std::size_t>(PackedRowBytes(int64_t{kSide}, bits)));
+    std::vector<uint8_t> packed(
+        static_cast<std::size_t>(PackedRowBytes(std::ssize(amounts), bits)));
     std::vector<unsigned> levels;
     for (std::size_t y = 0; y < kSide; ++y) {
-        HalftoneRow(amounts, bits, matrix, {0, static_cast<int64_t>(y)}, packed);
+        screen.ScreenRow(amounts, {0, static_cast<int64_t>(y)}, packed);
         for (const uint8_t byte : packed)
             for (int shift = 8 - bits; shift >= 0; shift -= bits)
                 levels.push_back(byte >> shift & ((1U << bits) - 1));
@@ -102,41 +104,71 @@ std::vector<unsigned> Levels(uint8_t amount, int32_t bits, std::size_t ink) {
 }
 
 TEST(Halftone, KeepsTheToneAtEveryDepth) {
-    for (const int32_t bits : {1, 2, 4, 8})
-        for (const uint8_t amount : std::array<uint8_t, 6>{0, 1, 51, 128, 200, 255})
+    const struct {
+        int32_t Bits;
+        std::vector<float> Amounts;
+        double Noise;
+        double Tolerance;  ///< of the mean, 255 being full tone: chance has more of it
+    } kRows[] = {
+        {1, {1}, 0, 0.6},
+        {1, {1}, 8, 2},
+        {2, {1.0F / 3, 2.0F / 3, 1}, 0, 0.6},
+        {2, {0.3F, 0.64F, 1}, 1, 0.6},
+        {2, {0.5F, 0.5F, 1}, 1, 0.6},
+        {2, {0.5F, 0.75F, 1.2F}, 100, 2},
+        {4, {.1F, .2F, .3F, .4F, .5F, .6F, .7F, .8F, .9F, .91F, .92F, .93F, .94F, .95F, 1}, 1, 0.6},
+    };
+    for (const auto& row : kRows)
+        for (const uint8_t amount : std::array<uint8_t, 7>{0, 1, 51, 128, 200, 254, 255})
             for (const std::size_t ink : {0U, 1U, 2U, 7U}) {
-                const std::vector<unsigned> levels = Levels(amount, bits, ink);
-                const double sum = std::accumulate(levels.begin(), levels.end(), 0.0);
-                const double tone = sum / static_cast<double>(levels.size()) / ((1U << bits) - 1);
-                EXPECT_NEAR(tone * 255, amount, 0.6) << bits << " bits, ink " << ink;
+                const auto screen =
+                    MakeDispersedScreen(ink, row.Bits, InkLevels(row.Amounts), row.Noise);
+                const std::vector<unsigned> levels = Levels(*screen, amount, row.Bits);
+                double sum = 0;
+                for (const unsigned level : levels)
+                    sum += level == 0 ? 0 : double{row.Amounts[level - 1]};
+                const double tone = sum / static_cast<double>(levels.size());
+                EXPECT_NEAR(tone * 255, amount, amount == 0 ? 0 : row.Tolerance)
+                    << row.Bits << " bits, noise " << row.Noise << ", ink " << ink;
                 const auto [low, high] = std::minmax_element(levels.begin(), levels.end());
-                EXPECT_LE(*high - *low, 1U) << bits << " bits, amount " << int{amount};
+                // Of two levels that carry the same, the second is never needed.
+                EXPECT_LE(*high - *low, row.Amounts[0] == 0.5F && amount > 128 ? 2U : 1U);
             }
+    for (const std::vector<float>& falling :
+         {std::vector<float>{0.5F, 0.4F, 1}, std::vector<float>{-0.1F, 0.5F, 1},
+          std::vector<float>{0, NAN, 1}})
+        EXPECT_THROW(InkLevels{falling}, HostError);
 }
 
 TEST(Halftone, SpreadsDotsAndKeepsInksApart) {
     // In every 8 x 8 square of a quarter tone stand 16 dots, give or take a few; the same dots in
     // two inks would print a quarter of the area twice.
-    const std::vector<unsigned> dots = Levels(64, 1, 0);
-    for (std::size_t square = 0; square < 64; ++square) {
-        unsigned count = 0;
-        for (std::size_t i = 0; i < 64; ++i)
-            count += dots[(square / 8 * 8 + i / 8) * 64 + square % 8 * 8 + i % 8];
-        EXPECT_NEAR(count, 16, 5) << square;
-    }
-    for (const std::size_t ink : {1U, 2U, 3U, 4U, 7U}) {
-        const std::vector<unsigned> other = Levels(64, 1, ink);
-        EXPECT_NEAR(std::inner_product(dots.begin(), dots.end(), other.begin(), 0U), 256, 128);
+    constexpr std::size_t kSide = 4 * ThresholdMatrix::kSide;
+    const auto dotsOf = [](std::size_t ink, double noise) {
+        return Levels(*MakeDispersedScreen(ink, 1, InkLevels(1), noise), 64, 1);
+    };
+    for (const double noise : {0.0, 1.0}) {
+        const std::vector<unsigned> dots = dotsOf(0, noise);
+        for (std::size_t square = 0; square < 64; ++square) {
+            unsigned count = 0;
+            for (std::size_t i = 0; i < 64; ++i)
+                count += dots[(square / 8 * 8 + i / 8) * kSide + square % 8 * 8 + i % 8];
+            EXPECT_NEAR(count, 16, 5 + 4 * noise) << square;
+        }
+        for (const std::size_t ink : {1U, 2U, 3U, 4U, 7U}) {
+            const std::vector<unsigned> other = dotsOf(ink, noise);
+            EXPECT_NEAR(std::inner_product(dots.begin(), dots.end(), other.begin(), 0U), 16 * 256,
+                        16 * 128);
+        }
     }
 }
 
 TEST(Halftone, LeavesSpareBitsClear) {
-    const ThresholdMatrix matrix(0);
     const std::array<uint8_t, 3> amounts = {255, 255, 255};
     std::array<uint8_t, 1> packed = {0xFF};
-    HalftoneRow(amounts, 1, matrix, {}, packed);
+    MakeDispersedScreen(0, 1, InkLevels(1), 1)->ScreenRow(amounts, {}, packed);
     EXPECT_EQ(packed[0], 0xE0);
-    HalftoneRow(amounts, 2, matrix, {}, packed);
+    MakeDispersedScreen(0, 2, InkLevels(2), 0)->ScreenRow(amounts, {}, packed);
     EXPECT_EQ(packed[0], 0xFC);
 }
 

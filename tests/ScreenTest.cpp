@@ -23,7 +23,7 @@ std::vector<uint8_t> Tint(const DotScreen& screen, uint8_t amount, std::size_t s
     std::vector<uint8_t> packed((side + 7) / 8);
     const std::vector<uint8_t> amounts(side, amount);
     for (std::size_t y = 0; y < side; ++y) {
-        screen.ScreenRow(amounts, static_cast<int64_t>(y), packed);
+        screen.ScreenRow(amounts, {0, static_cast<int64_t>(y)}, packed);
         for (std::size_t x = 0; x < side; ++x)
             pixels.push_back(packed[x / 8] >> (7 - x % 8) & 1);
     }
@@ -75,11 +75,13 @@ TEST(DotScreen, RowsOfAnyWidthAndWhatCannotBeMade) {
         for (std::size_t x = 0; x < width; ++x)
             amounts[x] = static_cast<uint8_t>(x * 37);
         std::vector<uint8_t> packed((width + 7) / 8 + 1, 0xA5);
-        screen.ScreenRow(amounts, 5'000'000'000, std::span(packed).first(packed.size() - 1));
+        const auto column = static_cast<int64_t>(width) * 3;
+        screen.ScreenRow(amounts, {column, 5'000'000'000},
+                         std::span(packed).first(packed.size() - 1));
         const std::span<const uint8_t> thresholds = screen.Row(5'000'000'000);
         std::vector<uint8_t> expected(packed.size());
         for (std::size_t x = 0; x < width; ++x)
-            if (amounts[x] > thresholds[x % thresholds.size()])
+            if (amounts[x] > thresholds[(x + width * 3) % thresholds.size()])
                 expected[x / 8] = static_cast<uint8_t>(expected[x / 8] | 0x80 >> x % 8);
         expected.back() = 0xA5;
         EXPECT_EQ(packed, expected) << width;

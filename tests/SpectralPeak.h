@@ -13,6 +13,7 @@
 struct Peak {
     double Frequency = 0;
     double Angle = 0;
+    double Share = 0;  ///< of the picture's power, mean left out
 };
 
 /// Discrete Fourier transform of a power of two of values, in place.
@@ -81,7 +82,10 @@ inline Peak FindPeak(const std::vector<uint8_t>& inked, std::size_t width, doubl
         -cycles(y, between(power(x, y + height - 1), power(x, y), power(x, y + 1)), height) *
         yResolution;
     const double angle = std::atan2(up, right) * 180 / std::numbers::pi;
-    return {std::hypot(right, up), std::fmod(angle + 360, 90)};
+    double total = 0;
+    for (const std::complex<double>& value : plane)
+        total += std::norm(value);
+    return {std::hypot(right, up), std::fmod(angle + 360, 90), std::norm(plane[best]) / total};
 }
 
 /// Degrees between two directions of crossing lines.
