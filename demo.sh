@@ -50,6 +50,8 @@ picture_of() {
 unset QL_BASE_FOLDER
 print_document "$demo/artwork/harbour.pdf" "Fenland R4" roll
 picture_of roll harbour
+say "Where its screens come from, and a ramp of each"
+"$host" halftone "Fenland R4" --manufacturer Fenland --plot "$demo/proofs/screens-roll.png"
 print_document "$demo/artwork/menu.pdf" "Fenland R4" roll --media "Poster paper" --resolution 720x720
 picture_of roll menu --page 2
 print_document "$demo/artwork/label.pdf" "Fenland F8" flatbed --media "Acrylic sheet" \

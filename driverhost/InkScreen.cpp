@@ -46,10 +46,10 @@ class DispersedScreen final : public InkScreen {
   public:
     DispersedScreen(std::size_t ink, int32_t bits, const InkLevels& levels, double noise)
         : matrix_(ink), levels_(levels), bits_(bits), seed_(Mixed(static_cast<uint32_t>(ink) + 1)) {
-        constexpr double kSixteenth = kThresholds / 16.0;
-        constexpr double kMostNoise = 8;
+        constexpr double kPart = kThresholds / 32.0;
+        constexpr double kMostNoise = 16;
         const double level = noise > 0 ? std::min(noise, kMostNoise) : 0;  // 0 for no number too
-        mostNoise_ = static_cast<uint32_t>(level * kSixteenth);
+        mostNoise_ = static_cast<uint32_t>(level * kPart);
     }
 
     void ScreenRow(std::span<const uint8_t> amounts, const PagePoint& place,

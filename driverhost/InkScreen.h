@@ -34,7 +34,7 @@ std::unique_ptr<InkScreen> MakeClusteredScreen(DotScreen screen);
 
 /// Levels of 1, 2 or 4 bits a pixel in dispersed dots: the matrix of the ink at position `ink` of
 /// its mode decides which pixels get the upper one of two levels. `noise` moves each pixel's
-/// threshold by chance, at 1 by up to a sixteenth of their range either way; it changes no tone's
-/// mean. Below 0 counts as 0, and from 8 on chance alone decides.
+/// threshold by chance, at 1 by up to 1/32 of their range either way; it changes no tone's mean.
+/// Below 0 counts as 0, and from 16 on chance alone decides.
 std::unique_ptr<InkScreen> MakeDispersedScreen(std::size_t ink, int32_t bits,
                                                const InkLevels& levels, double noise);

@@ -1,8 +1,10 @@
 #!/usr/bin/env python3
-"""Makes docs/demo.png from the channel files that demo.sh leaves: the inks printed over each other,
-and each channel by itself.
+"""Makes the README's pictures from one-bit channel files of the roll printer, as demo.sh leaves them:
+the inks printed over each other, and each channel by itself. With a place, the dots there, enlarged.
+(The first one is of a job that was made with --screen fm.)
 
-    scripts/make-picture.py build/demo/printed/roll/harbour/harbour docs/demo.png
+    scripts/make-picture.py FOLDER/harbour docs/demo.png
+    scripts/make-picture.py build/demo/printed/roll/harbour/harbour docs/screens.png 560 930
 """
 import struct
 import sys
@@ -65,8 +67,28 @@ def write_png(path, width, rows):
                    + chunk(b"IDAT", body) + chunk(b"IEND", b""))
 
 
+def write_dots(prefix, target, left, top):
+    """Each ink's dots around a place and all of them over each other, side by side."""
+    side, zoom = 70, 2
+    white = b"\xff\xff\xff"
+    channels = {ink: read_channel(f"{prefix}_{ink}.tif")[2] for ink in INKS}
+
+    def pixel(ink, x, y):
+        return channels[ink][y][x // 8] >> (7 - x % 8) & 1
+    picture = []
+    for y in range(top, top + side):
+        parts = [b"".join(tinted({ink: pixel(ink, x, y) for ink in inks}) * zoom
+                          for x in range(left, left + side))
+                 for inks in (*INKS, "CMYK")]
+        picture += [(white * GAP).join(parts)] * zoom
+    write_png(target, len(picture[0]) // 3, picture)
+
+
 def main():
-    prefix, target = sys.argv[1:]
+    prefix, target, *place = sys.argv[1:]
+    if place:
+        write_dots(prefix, target, *map(int, place))
+        return
     channels = {ink: shrink(read_channel(f"{prefix}_{ink}.tif")) for ink in INKS}
     height, width = len(channels["C"]), len(channels["C"][0])
     picture = [b"".join(tinted({ink: channels[ink][y][x] for ink in INKS}) for x in range(width))

@@ -111,7 +111,7 @@ TEST(Halftone, KeepsTheToneAtEveryDepth) {
         double Tolerance;  ///< of the mean, 255 being full tone: chance has more of it
     } kRows[] = {
         {1, {1}, 0, 0.6},
-        {1, {1}, 8, 2},
+        {1, {1}, 16, 2},
         {2, {1.0F / 3, 2.0F / 3, 1}, 0, 0.6},
         {2, {0.3F, 0.64F, 1}, 1, 0.6},
         {2, {0.5F, 0.5F, 1}, 1, 0.6},
