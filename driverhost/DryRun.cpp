@@ -28,7 +28,7 @@ int64_t PlateBytes(const DocumentPage& page, const InkPlan& plan, int64_t bandPi
     const int64_t pixels = page.Size.Width * page.Size.Rows;
     int64_t bytes = 0;
     if (plan.NeedsSeparations)
-        bytes += pixels * (4 + static_cast<int64_t>(plan.KeptSpots.size())) +
+        bytes += pixels * (4 + static_cast<int64_t>(plan.PlateSpots.size())) +
                  4 * std::min(pixels, bandPixels);
     if (plan.NeedsGray) bytes += pixels;
     return Packed(bytes);
@@ -96,7 +96,8 @@ void ReportDryRun(const DryRun& run) {
     for (const std::string& fault : run.Screens.Faults)
         warnings.Add(fault);
     for (const DocumentPage& page : run.Pages) {
-        const InkPlan plan = PlanInks(mode.Colorants, run.Source.Pages()[page.Index].Spots);
+        const InkPlan plan =
+            PlanInks(mode.Colorants, run.Source.Pages()[page.Index].Spots, run.Spots);
         warnings.AddPlan(plan, mode.Name);
         PrintPage(page, run, MeasureInkUse(run.Gs, run.WorkFolder, page, plan, run.Chosen));
         plates = std::max(plates, PlateBytes(page, plan, run.BandPixels));

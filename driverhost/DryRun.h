@@ -13,6 +13,7 @@
 struct DryRun {
     Rasterizer& Gs;
     const Artwork& Source;
+    const SpotInks& Spots;
     const ChosenPrint& Chosen;
     const JobScreens& Screens;
     const std::vector<DocumentPage>& Pages;

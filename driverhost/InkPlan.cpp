@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <string_view>
 
 #include "driverhost/TextCompare.h"
@@ -53,42 +54,12 @@ ProcessMap MapProcessInks(const std::vector<ColorantInfo>& colorants) {
     return map;
 }
 
-/// Adds a plate to the channels of a process ink, split when it has two of them.
-void AddProcessPlate(InkPlan& plan, const ProcessColorants& colorants, std::string_view plate) {
-    const bool split = colorants.Dark >= 0 && colorants.Light >= 0;
-    const auto add = [&](int colorant, Tone part) {
-        if (colorant < 0) return;
-        plan.Sources[static_cast<std::size_t>(colorant)].push_back(
-            {std::string(plate), split ? part : Tone::kWhole});
-    };
-    add(colorants.Dark, Tone::kDark);
-    add(colorants.Light, Tone::kLight);
-}
-
 bool IsMapped(const ProcessColorants& colorants) {
     return colorants.Dark >= 0 || colorants.Light >= 0;
 }
 
-void PlanProcessInks(InkPlan& plan, const ProcessMap& map) {
-    const bool anyColor = IsMapped(map[0]) || IsMapped(map[1]) || IsMapped(map[2]);
-    if (!anyColor && IsMapped(map[kBlack])) {
-        plan.NeedsGray = true;
-        AddProcessPlate(plan, map[kBlack], kGrayPlate);
-        return;
-    }
-    const bool allColors = IsMapped(map[0]) && IsMapped(map[1]) && IsMapped(map[2]);
-    plan.NeedsSeparations = anyColor;
-    for (std::size_t ink = 0; ink < kProcessInks.size(); ++ink) {
-        AddProcessPlate(plan, map[ink], kProcessInks[ink]);
-        if (IsMapped(map[ink])) continue;
-        if (ink != kBlack || !allColors) {
-            plan.LostInks.emplace_back(kProcessInks[ink]);
-            continue;
-        }
-        // Three inks print black as equal amounts of each.
-        for (std::size_t color = 0; color < kBlack; ++color)
-            AddProcessPlate(plan, map[color], kProcessInks[kBlack]);
-    }
+bool IsGrayMode(const ProcessMap& map) {
+    return IsMapped(map[kBlack]) && !IsMapped(map[0]) && !IsMapped(map[1]) && !IsMapped(map[2]);
 }
 
 bool IsProcessName(std::string_view name) {
@@ -96,27 +67,142 @@ bool IsProcessName(std::string_view name) {
                        [name](std::string_view ink) { return SameIgnoringCase(ink, name); });
 }
 
-}  // namespace
+/// A plate's amounts, each this often.
+AmountTable Weighted(double weight) {
+    AmountTable table;
+    for (int amount = 0; amount <= 255; ++amount)
+        table.push_back(static_cast<uint16_t>(std::lround(amount * weight * kAmountUnit)));
+    return table;
+}
 
-InkPlan PlanInks(const std::vector<ColorantInfo>& colorants,
-                 const std::vector<std::string>& pageSpots) {
-    InkPlan plan;
-    plan.Sources.resize(colorants.size());
-    PlanProcessInks(plan, MapProcessInks(colorants));
-    for (const std::string& spot : pageSpots) {
+/// Makes the plan of one page.
+class Planner {
+  public:
+    Planner(const std::vector<ColorantInfo>& colorants, const SpotInks& spotInks)
+        : colorants_(colorants), spotInks_(spotInks), map_(MapProcessInks(colorants)) {
+        plan_.Sources.resize(colorants.size());
+    }
+
+    InkPlan Plan(const std::vector<std::string>& pageSpots) {
+        for (const std::string& spot : pageSpots)
+            PlanSpot(spot);
+        plan_.NeedsGray = IsGrayMode(map_) && plan_.PlateSpots.empty();
+        if (plan_.NeedsGray)
+            AddPlate(map_[kBlack], kGrayPlate, {});
+        else if (IsGrayMode(map_))
+            PlanGraySum();
+        else
+            PlanProcessInks();
+        return std::move(plan_);
+    }
+
+  private:
+    void PlanSpot(const std::string& spot) {
+        // Of a single page of a document Ghostscript 10.0 separates 31 spot inks and crashes at 32.
+        constexpr std::size_t kMostSpots = 30;
         bool kept = false;
-        for (std::size_t i = 0; i < colorants.size() && !IsProcessName(spot); ++i) {
-            // The grey picture of the page shows its spot inks already.
-            if (!SameIgnoringCase(colorants[i].InternalName, spot) ||
-                (plan.NeedsGray && !plan.Sources[i].empty()))
+        for (std::size_t i = 0; i < colorants_.size() && !IsProcessName(spot); ++i) {
+            // An ink of the grey that the page is printed in is a tone of that.
+            if (!SameIgnoringCase(colorants_[i].InternalName, spot) ||
+                (IsGrayMode(map_) && IsBlack(i)))
                 continue;
-            plan.Sources[i].push_back({spot, Tone::kWhole});
+            plan_.Sources[i].push_back({spot, Tone::kWhole});
             kept = true;
         }
-        (kept ? plan.KeptSpots : plan.MixedSpots).push_back(spot);
+        (kept ? plan_.KeptSpots : plan_.MixedSpots).push_back(spot);
+        const bool isAdded = !IsProcessName(spot) && spotInks_.contains(spot) &&
+                             plan_.PlateSpots.size() < kMostSpots;
+        if (kept || isAdded) plan_.PlateSpots.push_back(spot);
+        if (!kept && isAdded) added_.push_back(spot);
     }
-    plan.NeedsSeparations = plan.NeedsSeparations || !plan.KeptSpots.empty();
-    return plan;
+
+    bool IsBlack(std::size_t colorant) const {
+        const int index = static_cast<int>(colorant);
+        return map_[kBlack].Dark == index || map_[kBlack].Light == index;
+    }
+
+    /// Adds a plate to the channels of a process ink, split when it has two of them.
+    void AddPlate(const ProcessColorants& inks, std::string_view plate, const AmountTable& table) {
+        const bool split = inks.Dark >= 0 && inks.Light >= 0;
+        const auto add = [&](int colorant, Tone part) {
+            if (colorant < 0) return;
+            plan_.Sources[static_cast<std::size_t>(colorant)].push_back(
+                {std::string(plate), split ? part : Tone::kWhole, table});
+        };
+        add(inks.Dark, Tone::kDark);
+        add(inks.Light, Tone::kLight);
+    }
+
+    void PlanProcessInks() {
+        const bool allColors = IsMapped(map_[0]) && IsMapped(map_[1]) && IsMapped(map_[2]);
+        const bool anyColor = IsMapped(map_[0]) || IsMapped(map_[1]) || IsMapped(map_[2]);
+        // Three inks print black as equal amounts of each.
+        const bool mixesBlack = allColors && !IsMapped(map_[kBlack]);
+        plan_.NeedsSeparations = anyColor || !plan_.PlateSpots.empty();
+        for (std::size_t ink = 0; ink < kProcessInks.size(); ++ink) {
+            AddPlate(map_[ink], kProcessInks[ink], {});
+            if (!IsMapped(map_[ink]) && !(ink == kBlack && mixesBlack))
+                plan_.LostInks.emplace_back(kProcessInks[ink]);
+        }
+        for (std::size_t color = 0; color < kBlack && mixesBlack; ++color)
+            AddPlate(map_[color], kProcessInks[kBlack], {});
+        for (const std::string& spot : added_) {
+            const ProcessAmounts& amounts = spotInks_.at(spot);
+            for (std::size_t ink = 0; ink < kProcessInks.size(); ++ink)
+                AddSpot(map_[ink], spot, [&](std::size_t tint) {
+                    return amounts[ink][tint] + (mixesBlack ? amounts[kBlack][tint] : 0);
+                });
+        }
+    }
+
+    /// The page's brightness, summed up from its separations as the rasteriser does for a grey
+    /// picture without colour profiles.
+    void PlanGraySum() {
+        constexpr std::array<double, 4> kWeights = {0.3, 0.59, 0.11, 1};
+        plan_.NeedsSeparations = true;
+        plan_.UsesFastColor = true;
+        for (std::size_t ink = 0; ink < kProcessInks.size(); ++ink)
+            AddPlate(map_[kBlack], kProcessInks[ink], Weighted(kWeights[ink]));
+        for (const std::string& spot : added_) {
+            const ProcessAmounts& amounts = spotInks_.at(spot);
+            AddSpot(map_[kBlack], spot, [&](std::size_t tint) {
+                double sum = 0;
+                for (std::size_t ink = 0; ink < kProcessInks.size(); ++ink)
+                    sum += kWeights[ink] * amounts[ink][tint];
+                return sum;
+            });
+        }
+    }
+
+    /// Adds what each tint of a spot ink prints with a process ink, when it prints anything.
+    template <class AmountOfTint>
+    void AddSpot(const ProcessColorants& inks, const std::string& spot, AmountOfTint amountOf) {
+        AmountTable table;
+        for (std::size_t tint = 0; tint <= kFull; ++tint)
+            table.push_back(static_cast<uint16_t>(
+                std::lround(std::min<double>(amountOf(tint), kFull) * kAmountUnit)));
+        if (std::any_of(table.begin(), table.end(), [](uint16_t amount) { return amount > 0; }))
+            AddPlate(inks, spot, table);
+    }
+
+    static constexpr std::size_t kFull = 255;
+
+    const std::vector<ColorantInfo>& colorants_;
+    const SpotInks& spotInks_;
+    ProcessMap map_;
+    InkPlan plan_;
+    std::vector<std::string> added_;  ///< spot inks that are added to process inks
+};
+
+}  // namespace
+
+bool IsGrayMode(const std::vector<ColorantInfo>& colorants) {
+    return IsGrayMode(MapProcessInks(colorants));
+}
+
+InkPlan PlanInks(const std::vector<ColorantInfo>& colorants,
+                 const std::vector<std::string>& pageSpots, const SpotInks& spotInks) {
+    return Planner(colorants, spotInks).Plan(pageSpots);
 }
 
 uint8_t AmountOf(Tone tone, uint8_t amount) {

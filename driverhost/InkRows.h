@@ -22,6 +22,11 @@ class InkRows {
 
   private:
     struct Part;
+    void AddParts(bool whole);
+
     std::vector<std::unique_ptr<Part>> parts_;
-    std::vector<uint8_t> row_;
+    std::vector<uint8_t> row_;    ///< of one plate
+    std::vector<uint32_t> sums_;  ///< in units of AmountTable
+    bool hasTone_ = false;
+    std::array<uint8_t, 256> tone_ = {};  ///< what a channel prints of an ink's amount
 };

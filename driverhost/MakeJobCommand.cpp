@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <set>
 #include <system_error>
 
 #include "driverhost/Artwork.h"
@@ -84,10 +85,21 @@ void MoveIntoPlace(const fs::path& from, const fs::path& to) {
         throw HostError(kFailed, fmt::format("cannot write {}: {}", to.string(), error.message()));
 }
 
+/// What prints the spot inks of the artwork that the colour mode has no channel for.
+SpotInks FindSpotInks(Rasterizer& rasterizer, const fs::path& workFolder, const Artwork& artwork,
+                      const ChosenPrint& chosen) {
+    std::set<std::string> names;
+    for (const PdfPage& page : artwork.Pages()) {
+        const InkPlan plan = PlanInks(chosen.Mode.Colorants, page.Spots, {});
+        names.insert(plan.MixedSpots.begin(), plan.MixedSpots.end());
+    }
+    return ReadSpotInks(rasterizer, workFolder, names, IsGrayMode(chosen.Mode.Colorants));
+}
+
 /// Rasterises, separates and screens all pages.
 void WriteContainer(const fs::path& workFolder, Rasterizer& rasterizer, const Artwork& artwork,
-                    const PrintAnswers& answers, const std::vector<DocumentPage>& pages,
-                    int64_t bandPixels) {
+                    const SpotInks& spotInks, const PrintAnswers& answers,
+                    const std::vector<DocumentPage>& pages, int64_t bandPixels) {
     const ChosenPrint& chosen = answers.Chosen;
     const std::vector<ColorantInfo>& colorants = chosen.Mode.Colorants;
     ContainerWriter writer(workFolder / kContainerName, ContainerBytes(pages, chosen.Mode));
@@ -97,7 +109,7 @@ void WriteContainer(const fs::path& workFolder, Rasterizer& rasterizer, const Ar
     for (const std::string& fault : answers.Screens.Faults)
         warnings.Add(fault);
     for (const DocumentPage& page : pages) {
-        const InkPlan plan = PlanInks(colorants, artwork.Pages()[page.Index].Spots);
+        const InkPlan plan = PlanInks(colorants, artwork.Pages()[page.Index].Spots, spotInks);
         warnings.AddPlan(plan, chosen.Mode.Name);
         for (const std::string& complaint : separator.WritePage(page, plan))
             warnings.Add(fmt::format("page {}: Ghostscript: {}", page.Index + 1, complaint));
@@ -128,12 +140,13 @@ void MakeJob(const MakeJobOptions& options) {
     Artwork artwork(input, rasterizer, options.PictureDpi);
     const std::vector<DocumentPage> pages = LayOut(artwork.Pages(), chosen.Resolution, tiles);
     artwork.Prepare();
+    const SpotInks spotInks = FindSpotInks(rasterizer, work.Path(), artwork, chosen);
     if (options.DryRun) {
-        ReportDryRun({rasterizer, artwork, chosen, answers.Screens, pages, work.Path(),
+        ReportDryRun({rasterizer, artwork, spotInks, chosen, answers.Screens, pages, work.Path(),
                       job.parent_path(), options.BandPixels});
         return;
     }
-    WriteContainer(work.Path(), rasterizer, artwork, answers, pages, options.BandPixels);
+    WriteContainer(work.Path(), rasterizer, artwork, spotInks, answers, pages, options.BandPixels);
 
     JobSettings settings;
     settings.Model = options.Model;

@@ -76,7 +76,7 @@ std::string HexName(const std::string& name) {
 /// Set-up that the page device keeps: the spot inks that get plates, and the band's place.
 std::string SetUp(const BandRequest& band, const InkPlan& plan) {
     std::string names;
-    for (const std::string& spot : plan.KeptSpots)
+    for (const std::string& spot : plan.PlateSpots)
         names += HexName(spot) + ' ';
     // The page's foot stands at the last row of the picture, which a band moves by whole pixels: a
     // distance in points would round, and edges would fall elsewhere than in the whole page.
@@ -91,7 +91,7 @@ std::string SetUp(const BandRequest& band, const InkPlan& plan) {
 }  // namespace
 
 Rasterizer::Rasterizer(const fs::path& workFolder, std::chrono::seconds timeout)
-    : workFolder_(workFolder), document_(workFolder / "document.pdf"), timeout_(timeout) {
+    : workFolder_(workFolder), document_(workFolder / BandRequest().Document), timeout_(timeout) {
     std::error_code error;
     fs::create_directory(workFolder / "tmp", error);
     if (error)
@@ -169,7 +169,7 @@ void Rasterizer::Separate(const BandRequest& band, const InkPlan& plan, const fs
     }
     std::vector<std::string> arguments = CommonArguments();
     // Media fixed to the band's pixels: the page keeps its place and nothing is scaled. Spot inks
-    // beyond those kept are converted to process inks.
+    // without a plate are converted to process inks.
     arguments.insert(
         arguments.end(),
         {fmt::format("-sDEVICE={}", device), "-dTIFFDateTime=false", "-sCompression=pack",
@@ -178,10 +178,10 @@ void Rasterizer::Separate(const BandRequest& band, const InkPlan& plan, const fs
          fmt::format("-dFirstPage={}", band.PageNumber),
          fmt::format("-dLastPage={}", band.PageNumber),
          fmt::format("-sOutputFile={}", gray ? "plate(Gray).tif" : "plate.tif")});
-    if (!gray) arguments.push_back(fmt::format("-dMaxSpots={}", plan.KeptSpots.size()));
+    if (!gray) arguments.push_back(fmt::format("-dMaxSpots={}", plan.PlateSpots.size()));
     // By the profiles, full black ink is a dark grey: type would be screened.
-    if (gray) arguments.emplace_back("-dUseFastColor");
-    arguments.insert(arguments.end(), {"setup.ps", "../" + document_.filename().string()});
+    if (gray || plan.UsesFastColor) arguments.emplace_back("-dUseFastColor");
+    arguments.insert(arguments.end(), {"setup.ps", "../" + band.Document});
     const std::string log = RunToEnd(arguments, folder, fmt::format("page {}", band.PageNumber));
     const std::vector<std::string> complaints = ComplaintsIn(log);
     complaints_.insert(complaints_.end(), complaints.begin(), complaints.end());

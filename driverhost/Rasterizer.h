@@ -15,8 +15,9 @@ inline constexpr std::size_t kMostDocumentPages = UINT16_MAX;
 
 /// One band of a page to be rasterised.
 struct BandRequest {
-    int32_t PageNumber = 1;  ///< counted from 1, as the rasteriser does
-    double XResolution = 0;  ///< dots per inch
+    std::string Document = "document.pdf";  ///< in the work folder
+    int32_t PageNumber = 1;                 ///< counted from 1, as the rasteriser does
+    double XResolution = 0;                 ///< dots per inch
     double YResolution = 0;
     int64_t WidthPixels = 0;
     int64_t PageRows = 0;

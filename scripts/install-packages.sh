@@ -7,6 +7,7 @@ set -euo pipefail
 packages=(
     build-essential cmake ninja-build ccache
     libtiff-dev libpng-dev libjpeg-dev zlib1g-dev libpugixml-dev libcli11-dev nlohmann-json3-dev libfmt-dev
+    libqpdf-dev  # reads the alternate colours of spot inks out of PDFs
     libssl-dev  # SHA-256 of channels and files
     libhwy-dev  # vector units for the preview, chosen at run time
     libgtest-dev libbenchmark-dev

@@ -34,7 +34,8 @@ struct Page {
     std::string Content;
 };
 
-/// A PDF without compression; its inks /S0 and /S1 are the separations WHITE and Orange.
+/// A PDF without compression; its inks /S0 and /S1 are the separations WHITE and Orange, and /Over
+/// is the graphics state that overprints.
 inline std::string Pdf(const std::vector<Page>& pages) {
     std::string kids;
     std::string objects;
@@ -49,7 +50,8 @@ inline std::string Pdf(const std::vector<Page>& pages) {
         "%PDF-1.4\n1 0 obj << /Type /Catalog /Pages 2 0 R >> endobj\n"
         "2 0 obj << /Type /Pages /Kids [{}] /Count {} /Resources 3 0 R >> endobj\n"
         "3 0 obj << /ColorSpace << /S0 [/Separation /WHITE /DeviceCMYK 4 0 R]\n"
-        "/S1 [/Separation /Orange /DeviceCMYK 5 0 R] >> >> endobj\n"
+        "/S1 [/Separation /Orange /DeviceCMYK 5 0 R] >>\n"
+        "/ExtGState << /Over << /OP true /op true /OPM 1 >> >> >> endobj\n"
         "4 0 obj << /FunctionType 2 /Domain [0 1] /N 1 /C0 [0 0 0 0] /C1 [0.1 0 0 0] >> endobj\n"
         "5 0 obj << /FunctionType 2 /Domain [0 1] /N 1 /C0 [0 0 0 0] /C1 [0 0.5 1 0] >> endobj\n"
         "{}trailer << /Root 1 0 R >>\n",

@@ -60,18 +60,27 @@ TEST(InkPlan, GivesEachColorantItsPlates) {
         {"Cyan,Magenta,Yellow,Black,White", "WHITE,Orange",
          "Cyan | Magenta | Yellow | Black | WHITE | mixed Orange "},
         {"Gray", "", "Gray | "},
-        {"Black,White", "White,Black", "Gray | White | mixed Black "},
+        {"Black,White", "Black", "Gray | | mixed Black "},
+        {"Black,White", "White", "Cyan Magenta Yellow Black | White | "},
         {"Cyan,Magenta,Yellow,Black,Grey", "", "Cyan | Magenta | Yellow | Black- | Black+ | "},
         {"Cyan,Magenta,Yellow", "", "Cyan Black | Magenta Black | Yellow Black | "},
         {"Cyan,Black", "cyan", "Cyan | Black | mixed cyan no Magenta no Yellow "},
         {"White", "White", "White | no Cyan no Magenta no Yellow no Black "},
         {"White", "", "| no Cyan no Magenta no Yellow no Black "},
+        // Spot inks whose process inks are known: red is printed with magenta and yellow.
+        {"Cyan,Magenta,Yellow,Light Magenta,White", "White,Red",
+         "Cyan Black | Magenta- Black- Red- | Yellow Black Red | Magenta+ Black+ Red+ | White | "
+         "mixed Red "},
+        {"Grey", "Red", "Cyan Magenta Yellow Black Red | mixed Red "},
+        {"White", "White,Red", "White | mixed Red no Cyan no Magenta no Yellow no Black "},
     };
+    SpotInks red;
+    red["Red"][1][255] = red["Red"][2][200] = 200;
     for (const Case& row : cases) {
         std::vector<ColorantInfo> colorants;
         for (const std::string& name : Split(row.Colorants))
             name.copy(colorants.emplace_back().InternalName, name.size());
-        EXPECT_EQ(Text(PlanInks(colorants, Split(row.Spots))), row.Plan) << row.Colorants;
+        EXPECT_EQ(Text(PlanInks(colorants, Split(row.Spots), red)), row.Plan) << row.Colorants;
     }
 }
 

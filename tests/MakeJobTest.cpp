@@ -168,6 +168,51 @@ TEST_F(MakeJobInputs, PassesColourProfilesOn) {
     EXPECT_EQ(inks(), plain);
 }
 
+TEST_F(MakeJobInputs, SpotInksWithoutAChannelHideOnlyWhatTheyKnockOut) {
+    // On a tint white and half orange: at the left they knock it out, at the right they overprint.
+    Write("a.pdf", Pdf({{"0 0 72 72",
+                         "0.6 0.2 0 0 k 0 0 72 72 re f "
+                         "/S0 cs 1 scn 0 0 36 24 re f /S1 cs 0.5 scn 0 24 36 24 re f /Over gs "
+                         "/S0 cs 1 scn 36 0 36 24 re f /S1 cs 0.5 scn 36 24 36 24 re f"}}));
+    const struct {
+        const char* Model;
+        Arguments Choice;
+        const char* Ink;
+        std::array<int, 5> Amounts;  ///< tint, white, orange, then the two over the tint
+    } kRows[] = {
+        {"Fenland R4", {"--color-mode", "2"}, "Cyan", {153, 26, 0, 179, 153}},
+        {"Fenland R4", {"--color-mode", "2"}, "Magenta", {51, 0, 64, 51, 115}},
+        {"Fenland R4", {"--color-mode", "2"}, "Yellow", {0, 0, 128, 0, 128}},
+        {"Fenland R4", {"--color-mode", "4"}, "Black", {76, 8, 52, 84, 128}},
+        // The sum is what is split into a dark and a light ink.
+        {"Fenland F8", {"--color-mode", "1"}, "Light Magenta", {102, 0, 128, 102, 230}},
+        {"Fenland F8", {"--color-mode", "1"}, "Cyan", {52, 0, 0, 102, 52}},
+        {"Fenland F8",
+         {"--color-mode", "5", "--media", "Glass", "--print-mode", "Fine"},
+         "Cyan",
+         {153, 0, 0, 153, 153}},
+    };
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(fmt::format("{} {} {}", row.Model, row.Choice[1], row.Ink));
+        Arguments arguments = {"make-job", "a.pdf", "-o", "job", "--model", row.Model};
+        arguments.insert(arguments.end(), row.Choice.begin(), row.Choice.end());
+        const Outcome made = Host(arguments);
+        ASSERT_EQ(made.Status, 0) << made.Output;
+        const std::vector<Raster> rasters = ReadTiff(Path("job.pages.tif"));
+        const auto found = std::find_if(rasters.begin(), rasters.end(), [&](const Raster& raster) {
+            return raster.Name == row.Ink;
+        });
+        ASSERT_NE(found, rasters.end());
+        const auto at = [&found](std::size_t column, std::size_t sixth) {
+            const std::string& line = found->Lines.at(found->Lines.size() * sixth / 6);
+            return static_cast<uint8_t>(line.at(line.size() * column / 4));
+        };
+        const std::array<int, 5> amounts = {at(1, 1), at(1, 5), at(1, 3), at(3, 5), at(3, 3)};
+        for (std::size_t i = 0; i < amounts.size(); ++i)
+            EXPECT_NEAR(amounts.at(i), row.Amounts.at(i), 3) << i;
+    }
+}
+
 TEST_F(MakeJobInputs, RunsPostScriptAndCutsEps) {
     const std::string eps =
         "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 100 200 172 236\n"
@@ -296,11 +341,11 @@ TEST_F(MakeJobInputs, ADryRunSaysWhatAJobNeedsAndMakesNothing) {
     const Outcome outcome = Host({"make-job", "a.pdf", "--model", "Fenland R4", "--color-mode", "2",
                                   "--dry-run", "--tiles", "2x2"});
     EXPECT_EQ(outcome.Status, 0) << outcome.Output;
-    // 360 x 720 pixels of four inks and a byte each, packed; plates and a composite beside it.
+    // 360 x 720 pixels of four inks and a byte each, packed; six plates and a composite beside.
     for (const char* const part :
          {"page 1 of 1: 360 x 720 pixels, 25.4 x 50.8 mm, 4 tiles of 180 x 360 pixels",
           "Magenta 25.3", "Yellow 0.7", "no channel for the spot ink \"Orange\"",
-          "at most 1.0 MB for the job, 3.1 MB while it is made; 1.1 MB for its channel files"})
+          "at most 1.0 MB for the job, 3.7 MB while it is made; 1.1 MB for its channel files"})
         EXPECT_TRUE(Contains(outcome.Output, part)) << part << '\n' << outcome.Output;
     EXPECT_FALSE(Contains(outcome.Output, "Cyan")) << outcome.Output;
     EXPECT_TRUE(Files() == before);
