@@ -28,7 +28,10 @@ Stream OpenStream(const char* path, const char* mode) {
     if (descriptor < 0) return nullptr;
     struct stat status = {};
     std::FILE* stream = nullptr;
-    if (fstat(descriptor, &status) == 0 && !S_ISDIR(status.st_mode)) {
+    // A pipe that nobody writes to would read as an empty file.
+    const bool reads = mode[0] == 'r';
+    if (fstat(descriptor, &status) == 0 && !S_ISDIR(status.st_mode) &&
+        !(reads && S_ISFIFO(status.st_mode))) {
         stream = fdopen(descriptor, mode);
     }
     if (stream == nullptr) close(descriptor);
