@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Opens the options dialog in a virtual display, chooses a treatment with the keyboard, presses OK,
-# and looks at the options file and at what the screen showed.
+# Opens the options dialog and the settings sheet in a virtual display, chooses treatments with the
+# keyboard, and looks at the options file and at what the screen showed.
 # usage: options_window.sh DRIVERHOST MODELS
 set -euo pipefail
 host=$1
@@ -49,28 +49,43 @@ export DISPLAY=:$number
 unset WAYLAND_DISPLAY
 cp "$work/screen/Xvfb_screen0" "$work/empty"
 
-"${options[@]}" edit "$work/block" --model "Fenland W6" >"$work/edit.log" 2>&1 &
-dialog=$!
-wait_for "the dialog does not open" xdotool search --onlyvisible --name "Driver Options"
-window=$(xdotool search --onlyvisible --name "Driver Options" | head -n 1)
-xdotool windowfocus "$window"
 press() {
     for key in "$@"; do
         xdotool key "$key"
         sleep 1
     done
 }
-sleep 1
+# open_window TITLE OPTION...: a window of that title has the keyboard.
+open_window() {
+    local title=$1
+    shift
+    "${options[@]}" "$@" --model "Fenland W6" >"$work/edit.log" 2>&1 &
+    dialog=$!
+    wait_for "no window opens: $*" xdotool search --onlyvisible --name "$title"
+    xdotool windowfocus "$(xdotool search --onlyvisible --name "$title" | head -n 1)"
+    sleep 1
+}
+expect_stored() {
+    wait_for "the window stays" sh -c "! kill -0 $dialog"
+    wait "$dialog" || fail "the window ends with status $?"
+    dialog=
+    grep -q "SupportWhiteType=\"$1\"" "$work/base/Jobs and Settings/OptionsDrivers"/QL_DROP_*.xml ||
+        fail "$2: $("${options[@]}" show "$work/block" --model "Fenland W6")"
+}
+
+open_window "Driver Options" edit "$work/block"
 press Tab Tab Tab  # to the list, past the buttons
 cp "$work/screen/Xvfb_screen0" "$work/shown"
 press Up           # from Overprint to Spot above it
 press shift+Tab shift+Tab shift+Tab Return  # back to OK
-wait_for "the dialog does not end with OK" sh -c "! kill -0 $dialog"
-wait "$dialog" || fail "the dialog ends with status $?"
-dialog=
+expect_stored 1 "OK does not store the choice"
+open_window "Driver Options" edit "$work/block"
+press Tab Tab Tab Down Escape
+expect_stored 1 "Escape stores a choice"
+open_window "Settings" --sheet "$work/block"
+press Right Tab Tab Down Tab Tab Return  # the driver's page, its list, OK
+expect_stored 3 "the sheet does not store the choice"
 
 [ "$(stat -c %s "$work/shown")" -gt $((640 * 480 * 4)) ] || fail "the screen is not complete"
 [ "$(cmp -l "$work/empty" "$work/shown" | wc -l)" -gt 20000 ] || fail "the screen shows no dialog"
-grep -q 'SupportWhiteType="1"' "$work/base/Jobs and Settings/OptionsDrivers"/QL_DROP_*.xml ||
-    fail "the choice is not stored: $("${options[@]}" show "$work/block" --model "Fenland W6")"
-echo "the dialog stored what was chosen"
+echo "the windows stored what was chosen"

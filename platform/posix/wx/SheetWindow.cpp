@@ -65,5 +65,6 @@ bool SheetWindow::Accept() {
 
 int SheetWindow::Run() {
     window_.Raise();
+    book_->SetFocus();
     return window_.ShowModal() == wxID_OK ? IDOK : IDCANCEL;
 }
