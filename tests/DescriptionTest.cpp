@@ -183,22 +183,4 @@ TEST(DescriptionTest, ListsColorantsAndNamesFromResources) {
     EXPECT_TRUE(description.folder.Messages().empty());
 }
 
-TEST(DescriptionTest, ServesListsOfAHundredThousandItems) {
-    constexpr int kCount = 100'000;
-    std::string colors;
-    std::string colorants;
-    for (int index = 0; index < kCount; ++index) {
-        colors += fmt::format("<C><ID>{0}</ID><InternalName>c{0}</InternalName></C>", index);
-        colorants += fmt::format("<K ID='{0}'><ColorDepth>1</ColorDepth></K>", index);
-    }
-    Description description({{"<ColorList>", "<ColorList>" + colors},
-                             {"<ColorantList><K ID=\"3\"", "<ColorantList>" + colorants + "<K"}});
-    ASSERT_EQ(description.LoadDescription("Roll"), 1);
-    std::vector<ColorantInfo> items(kCount);
-    ColorantInfoList list = {-7, {}, items.data(), kCount};
-    ASSERT_EQ(description.GetColorantList(1, &list), 1);
-    EXPECT_EQ(list.Count, kCount);
-    EXPECT_STREQ(items.back().InternalName, "c99999");
-}
-
 }  // namespace

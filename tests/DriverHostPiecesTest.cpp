@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
 #include <fstream>
 #include <numeric>
 #include <sstream>
@@ -13,10 +12,8 @@
 #include "driverhost/HostError.h"
 #include "driverhost/InkPlan.h"
 #include "driverhost/InkScreen.h"
-#include "driverhost/OutputFiles.h"
 #include "driverhost/PdfPages.h"
 #include "driverhost/Plates.h"
-#include "driverhost/Progress.h"
 #include "driverhost/ThresholdMatrix.h"
 #include "driverhost/WorkFolder.h"
 
@@ -81,18 +78,6 @@ TEST(InkPlan, GivesEachColorantItsPlates) {
         for (const std::string& name : Split(row.Colorants))
             name.copy(colorants.emplace_back().InternalName, name.size());
         EXPECT_EQ(Text(PlanInks(colorants, Split(row.Spots), red)), row.Plan) << row.Colorants;
-    }
-}
-
-TEST(InkPlan, LightInkHandsOverToTheDarkOne) {
-    EXPECT_EQ(AmountOf(Tone::kLight, 0), 0);
-    EXPECT_EQ(AmountOf(Tone::kLight, 127), 254);
-    EXPECT_EQ(AmountOf(Tone::kLight, 255), 0);
-    EXPECT_EQ(AmountOf(Tone::kDark, 127), 0);
-    EXPECT_EQ(AmountOf(Tone::kDark, 255), 255);
-    for (uint8_t amount = 255; amount > 127;) {
-        const uint8_t darker = AmountOf(Tone::kDark, amount--);
-        EXPECT_GE(darker, AmountOf(Tone::kDark, amount)) << int{amount};
     }
 }
 
@@ -172,15 +157,6 @@ TEST(Halftone, SpreadsDotsAndKeepsInksApart) {
     }
 }
 
-TEST(Halftone, LeavesSpareBitsClear) {
-    const std::array<uint8_t, 3> amounts = {255, 255, 255};
-    std::array<uint8_t, 1> packed = {0xFF};
-    MakeDispersedScreen(0, 1, InkLevels(1), 1)->ScreenRow(amounts, {}, packed);
-    EXPECT_EQ(packed[0], 0xE0);
-    MakeDispersedScreen(0, 2, InkLevels(2), 0)->ScreenRow(amounts, {}, packed);
-    EXPECT_EQ(packed[0], 0xFC);
-}
-
 TEST(PageReport, ReadsSizesAndSpotInks) {
     const std::vector<PdfPage> pages = ParsePageReport(
         "        File has 4 pages\n\nTitle: Page 9 MediaBox: [0 0 1 1]\n\n"
@@ -200,66 +176,6 @@ TEST(PageReport, ReadsSizesAndSpotInks) {
     EXPECT_EQ(pages[0].Spots, (std::vector<std::string>{"Orange Spot", "it''s"}));
     EXPECT_TRUE(pages[1].Spots.empty());
     EXPECT_EQ(PixelsOf(80.3, 100), 112);
-}
-
-TEST(PageReport, RefusesWhatIsNotWhole) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"", "no pages"},
-        {"File has 0 page.\n", "no pages"},
-        {"File has 2 pages\nPage 1 MediaBox: [0 0 9 9]\n", "damaged"},
-        {"File has 1 page.\nPage 1\n", "no size"},
-        {"File has 1 page.\nPage 1 MediaBox: [0 0 0 9]\n", "no size"},
-        {"File has 1 page.\nPage 1 MediaBox: [0 0 nan 9]\n", "no size"},
-        {"File has 1 page.\nPage 1 MediaBox: [0 0\n", "no size"},
-    };
-    for (const auto& [report, message] : cases) {
-        std::string failure = "none";
-        try {
-            ParsePageReport(report);
-        } catch (const HostError& error) {
-            failure = error.what();
-        }
-        EXPECT_NE(failure.find(message), std::string::npos) << report << ": " << failure;
-    }
-}
-
-TEST(Progress, ReadsTheLastPercentage) {
-    const std::pair<const char*, int> cases[] = {
-        {"Cyan   50%  12%", 12}, {"50% Grey", 50}, {"Write Data Error", -1}, {"%", -1}};
-    for (const auto& [text, percent] : cases)
-        EXPECT_EQ(PercentOf(text), percent) << text;
-}
-
-TEST(OutputFiles, TellsShortAndMissingChannelsFromOtherFiles) {
-    const WorkFolder folder(std::filesystem::temp_directory_path() / "driverhost-test");
-    struct Case {
-        std::vector<std::pair<const char*, std::size_t>> Files;  ///< names and sizes
-        std::vector<std::string> Short;
-        int32_t Missing;
-    };
-    const Case cases[] = {
-        {{{"a_C.raw", 160}, {"a_M.raw", 159}, {"thumbnail.bmp", 1000}}, {"a_M.raw"}, 1},
-        {{{"a_C.raw", 160}, {"a_M.raw", 160}, {"a_Y.raw", 160}, {"thumbnail.bmp", 9}}, {}, 0},
-        {{{"a_W.tif", 160}}, {"a_W.tif"}, 2},  // no TIFF for all its name
-    };
-    for (const Case& row : cases) {
-        Listing files;
-        for (const auto& [name, bytes] : row.Files) {
-            std::ofstream(folder.Path() / name) << std::string(bytes, 'x');
-            files[name].Bytes = bytes;
-        }
-        // 33 pixels of 2 bits are 16 bytes a line; ten lines, three channels.
-        const PageFaults faults = CheckPage(folder.Path(), files, {33, 10, 2, 3});
-        EXPECT_EQ(faults.ShortFiles, row.Short);
-        EXPECT_EQ(faults.MissingChannels, row.Missing) << row.Files.front().first;
-    }
-}
-
-TEST(OutputFiles, FindsTheFolderOfATile) {
-    const Listing files = {
-        {"job-tile1/a", {}}, {"job-tile11/a", {}}, {"x/job-tile1/b", {}}, {"job-tile1", {}}};
-    EXPECT_EQ(FilesOfTile(files, 1).size(), 2U);
-    EXPECT_EQ(FilesOfTile(files, 11).size(), 1U);
 }
 
 TEST(Plates, FindsAnInkByItsEncodedName) {

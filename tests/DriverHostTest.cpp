@@ -129,21 +129,6 @@ TEST_F(DriverHost, ScreensOneBitModesAndMakesTheSameBytesTwice) {
     EXPECT_TRUE(ReadText(Path("job.pages.tif")) == first);
 }
 
-TEST_F(DriverHost, ChannelsCarryTheChosenResolution) {
-    Write("a.pdf", Pdf({kQuarters}));
-    ASSERT_EQ(MakeJob("a.pdf", {"--resolution", "720x360"}).Status, 0);
-    ASSERT_EQ(Host({"run", "job", "--out", "printed"}).Status, 0);
-    const TiffFile channel = OpenTiff(Path("printed/a/a_C.tif"), "r");
-    ASSERT_NE(channel, nullptr);
-    float x = 0;
-    float y = 0;
-    uint32_t rows = 0;
-    TIFFGetField(channel.get(), TIFFTAG_XRESOLUTION, &x);
-    TIFFGetField(channel.get(), TIFFTAG_YRESOLUTION, &y);
-    TIFFGetField(channel.get(), TIFFTAG_IMAGELENGTH, &rows);
-    EXPECT_EQ(std::tuple(x, y, rows), std::tuple(720.0F, 360.0F, 360U));
-}
-
 TEST_F(DriverHost, ShowsWhatAModelAllows) {
     const auto model = nlohmann::json::parse(Host({"capabilities", "Fenland F8", "--json"}).Output);
     const nlohmann::json varnish = model.at("/colorModes/4/colorants/5"_json_pointer);

@@ -92,12 +92,6 @@ TEST(HeaderFields, EndWhereTheHeaderIsFull) {
     EXPECT_EQ(Header(text + "int32,1\r\nchar,]").size(), 2 * 1997U);
 }
 
-TEST(HeaderFields, AMalformedTextEndsTheJob) {
-    HeaderBuffer buffer;
-    for (const char* const text : {"char,]", "int8,1\r\nchar,]x", "charlie,]]"})
-        EXPECT_THROW(ProcessHeaderTemplate(text, kKeywords, buffer), int) << text;
-}
-
 /// Adds up what it is told.
 struct Places final : HeaderLineListener {
     void OnLine(const HeaderLine& line) override {

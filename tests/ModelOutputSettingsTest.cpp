@@ -106,13 +106,4 @@ TEST_F(OutputRules, NameTheChannelsOfTheColorMode) {
     EXPECT_EQ(GetChannelName(description_, "cyan", "None"), "");
 }
 
-TEST(SplitAtSeparator, TriesTheSeparatorsInTheirOrder) {
-    const char* const cases[][4] = {{"a,b;c,d", ";,", "a,b", "c,d"}, {"a,b,c", "|,", "a", "b,c"}};
-    for (const auto& [text, separators, head, rest] : cases) {
-        std::string_view start;
-        EXPECT_EQ(SplitAtSeparator(text, separators, start), rest) << text;
-        EXPECT_EQ(start, head) << text;
-    }
-}
-
 }  // namespace

@@ -112,21 +112,6 @@ TEST(PreviewScaler, Geometry) {
     EXPECT_EQ(small.offsetY, 150);
 }
 
-TEST(PreviewScaler, FlippedRenderingTurnsTheRowsOver) {
-    PreviewScaler scaler;
-    scaler.Init(3, 3, 2, 2, 1, 1);
-    const uint8_t line = 0x01;
-    scaler.AddRow(0, &line, 1, 1, 3);
-    Canvas upright;
-    Canvas flipped;
-    scaler.Render("", &upright, 0);
-    scaler.Render("", &flipped, 1);
-    for (std::size_t y = 0; y < 3; ++y)
-        for (std::size_t x = 0; x < 3; ++x)
-            EXPECT_EQ(upright.Pixels[y * 3 + x], flipped.Pixels[(2 - y) * 3 + x]);
-    EXPECT_NE(upright.Pixels, flipped.Pixels);
-}
-
 TEST(ConvertCmykToRgb, Bytes) {
     convertCMYKtoRGB converter;
     const unsigned char cmyk[4] = {255, 100, 0, 51};

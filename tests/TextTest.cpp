@@ -75,17 +75,6 @@ TEST(CodePage, WhatHasNoCounterpartIsAQuestionMark) {
     EXPECT_EQ(Utf8ToAnsi("a\xE4z\xE2\x82"), "a?z??");
 }
 
-TEST(ALocaleSwitcher, GivesTheThreadPointsAndTakesThemBack) {
-    const auto none = static_cast<locale_t>(nullptr);
-    const locale_t before = uselocale(none);
-    {
-        const ALocaleSwitcher outer;
-        const ALocaleSwitcher inner;
-        EXPECT_EQ(std::strtod("1.5", nullptr), 1.5);
-    }
-    EXPECT_EQ(uselocale(none), before);
-}
-
 TEST(GetZeColorValue, KnowsTheUsualInks) {
     for (const auto& [name, color] : {std::pair{"Cyan", 0xFFFF00U},  // 0x00BBGGRR
                                       {"MAGENTA", 0xFF00FFU},

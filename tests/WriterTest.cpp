@@ -137,27 +137,6 @@ TEST_F(WriterTest, StreamFaultsAreLoggedAndRaised) {
     }
 }
 
-TEST_F(WriterTest, StatusTextsAreCutToTheirField) {
-    class Writer : public RTL {
-      public:
-        explicit Writer(JobContext* context) { job_ = context; }
-    };
-    JobStatusRecord status = {};
-    JobContext context;
-    context.Status = &status;
-    Writer writer(&context);
-    const std::pair<int32_t, const char*> percentages[] = {
-        {-5, "  0%"}, {0, "  0%"}, {7, "  7%"}, {100, "100%"}, {101, "100%"}};
-    for (const auto& [percent, text] : percentages) {
-        writer.ReportProgress(percent);
-        EXPECT_STREQ(status.StatusText, text);
-        EXPECT_EQ(status.StatusKind, 3);
-    }
-    writer.SetStatusText(1, std::string(400, 'y').c_str());
-    EXPECT_EQ(std::string(status.StatusText), std::string(255, 'y'));
-    EXPECT_EQ(status.StatusKind, 1);
-}
-
 TEST(RepackRow, RepeatsPixelsOfEveryDepth) {
     struct Case {
         int32_t bits;
@@ -268,37 +247,6 @@ TEST(ModuleState, IsRestoredOnEveryPath) {
     } catch (int) {
         EXPECT_EQ(AfxGetModuleState(), callers);
     }
-}
-
-TEST(ModuleState, WriterOperationsRestoreTheCallersState) {
-    setenv("QL_BASE_FOLDER", "/no such folder", 1);
-    setenv("QL_MESSAGE_FILE", "/dev/null", 1);
-    RTL writer;
-    PrintSettings settings;
-    CapabilityList list;
-    ResolutionList resolutions;
-    DriverOptionBlock block = {};
-    JobStatusRecord status = {};
-    JobContext job;
-    job.Status = &status;
-    const std::function<int32_t()> operations[] = {
-        [&] { return writer.GetMediaList(&settings, &list, nullptr); },
-        [&] { return writer.GetPrintModeList(&settings, nullptr, &list, nullptr); },
-        [&] {
-            return writer.GetResolutionList(&settings, nullptr, nullptr, &resolutions, nullptr);
-        },
-        [&] { return writer.DecodeDriverOptions(nullptr, &block, &settings); },
-        [&] { return writer.OpenJob(&job, 0, nullptr, &block); },
-    };
-    AFX_MODULE_STATE callers;
-    AFX_MODULE_STATE* const before = AfxSetModuleState(&callers);
-    for (const auto& operation : operations) {
-        EXPECT_EQ(operation(), 0);
-        EXPECT_EQ(AfxGetModuleState(), &callers);
-    }
-    AfxSetModuleState(before);
-    unsetenv("QL_MESSAGE_FILE");
-    unsetenv("QL_BASE_FOLDER");
 }
 
 }  // namespace

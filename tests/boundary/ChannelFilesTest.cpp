@@ -71,43 +71,4 @@ TEST_F(ChannelFilesTest, OneColorantMode) {
     }
 }
 
-// A file of the name that stands there already, a larger one too, is replaced.
-TEST_F(ChannelFilesTest, TiffinfoReadsAChannel) {
-    struct Row {
-        int Depth;
-        float XResolution, YResolution;
-        const char* Resolution;
-    };
-    constexpr Row kRows[] = {
-        {1, 300, 600, "300, 600"},
-        {2, 0.6F, 1.4F, "0.6, 1.4"},
-        {4, 359.7F, 1e6F, "359.7, 1e+06"},
-        {8, 1440, 72, "1440, 72"},
-        {1, 0, 0, ""},
-        {1, -5, 300, ""},
-    };
-    BoundaryTest::Install(2, "CreateFolder=\"No\"", "tif");
-    for (const Row& row : kRows) {
-        const Page page = RandomPage(1001, 70, {{"C1", row.Depth}, {"C2", row.Depth}}, 1);
-        JobChoices choices;
-        choices.XResolution = row.XResolution;
-        choices.YResolution = row.YResolution;
-        ASSERT_TRUE(Print({page}, "Proof.ps", choices));
-        const std::filesystem::path path = folder.Out() / "Proof_C2.tif";
-        EXPECT_EQ(TiffRows(path), ChannelBytes(page, "C2"));
-        const std::string text = PrintedBy(fmt::format("tiffinfo -D '{}'", path.string()));
-        for (const std::string& part :
-             {std::string("Image Width: 1024 Image Length: 70"),
-              fmt::format("Bits/Sample: {}\n", row.Depth),
-              fmt::format("Resolution: {}", row.Resolution), std::string("pixels/inch"),
-              std::string("Compression Scheme: None"),
-              std::string("Photometric Interpretation: min-is-white"),
-              std::string("Samples/Pixel: 1")}) {
-            EXPECT_NE(text.find(part), std::string::npos) << part << " in\n" << text;
-        }
-        for (const char* bad : {"Warning", "rror", "TIFFRead", "fails"})
-            EXPECT_EQ(text.find(bad), std::string::npos) << text;
-    }
-}
-
 }  // namespace

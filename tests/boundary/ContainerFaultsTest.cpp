@@ -76,26 +76,6 @@ TEST_F(ContainerFaultsTest, FilesThatAreNoContainer) {
     EXPECT_TRUE(Listing(folder.Out()).empty());
 }
 
-// Wherever the file ends: the job fails, or what it printed is right to the last byte.
-TEST_F(ContainerFaultsTest, CutAnywhere) {
-    page.Separations[0].DisplayName = "a display name that stands out of line";
-    MakeJob({page, page});
-    const std::string whole = ReadText(Container());
-    std::size_t failed = 0;
-    constexpr std::size_t kStride = 7;
-    for (std::size_t size = 8; size < whole.size(); size += kStride) {
-        EmptyOutputFolder();
-        WriteText(Container(), whole.substr(0, size));
-        if (IsPrinted(Answers())) {
-            EXPECT_EQ(Output("Proof_C1.raw"), ChannelBytes(page, "C1")) << size;
-            EXPECT_EQ(Output("Proof_C2.raw"), ChannelBytes(page, "C2")) << size;
-        } else {
-            ++failed;
-        }
-    }
-    EXPECT_GT(failed * kStride, whole.size() * 9 / 10) << "nearly every cut loses something";
-}
-
 /// Numbers the pages from `first` on, of `count`; without a number when that is below 0.
 AlterDirectory Numbered(int first, int count) {
     return [=](TIFF* tiff, std::size_t page, std::size_t /*separation*/) {

@@ -479,34 +479,4 @@ TEST_F(HalftoneTest, Locale) {
     EXPECT_EQ(float{screens.Value.Entries[0].Frequency}, 60.0F);
 }
 
-// A call opens each of its files once, and the next call sees what has changed meanwhile.
-TEST_F(HalftoneTest, FilesAreReadOnceACall) {
-    SetFiles({{"ScreeningParams.xml",
-               "<L><ManufacturerList><M Name='Acme Printers' ManufactureMAPXML='map.xml'/>"
-               "</ManufacturerList></L>"},
-              {"map.xml", "<M><A Name='Roller 64' XMLFile='model.xml'/></M>"},
-              {"model.xml", Serving(Item("model"))}});
-    const int watch = inotify_init1(IN_NONBLOCK);
-    ASSERT_GE(watch, 0);
-    ASSERT_GE(inotify_add_watch(watch, Folder().c_str(), IN_OPEN), 0);
-    for (const char* tag : {"model", "changed"}) {
-        WriteText(DataFile("model.xml"), Serving(Item(tag)));
-        std::array<char, 65536> events{};
-        while (read(watch, events.data(), events.size()) > 0) {
-        }
-        EXPECT_EQ(Served(), tag);
-        const ssize_t count = read(watch, events.data(), events.size());
-        std::multiset<std::string> opened;
-        for (ssize_t at = 0; at < count;) {
-            inotify_event event{};
-            std::memcpy(&event, &events[static_cast<std::size_t>(at)], sizeof event);
-            if (event.len > 0) opened.insert(&events[static_cast<std::size_t>(at) + sizeof event]);
-            at += static_cast<ssize_t>(sizeof event + event.len);
-        }
-        EXPECT_EQ(opened,
-                  (std::multiset<std::string>{"ScreeningParams.xml", "map.xml", "model.xml"}));
-    }
-    close(watch);
-}
-
 }  // namespace

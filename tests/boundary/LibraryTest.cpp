@@ -21,15 +21,4 @@ TEST(LibraryTest, DriversAreIndependentAndTheLibraryLoadsAgain) {
     }
 }
 
-TEST(LibraryTest, PageWithoutOptionsIsNull) {
-    const BaseFolder folder;
-    const Driver driver;
-    auto* const createDriverPage =
-        driver.Export<void*(DriverOptionBlock*, PrintSettings*)>("createDriverPage");
-    ASSERT_NE(createDriverPage, nullptr);
-    PrintSettings settings = Settings(kModelName);
-    EXPECT_EQ(createDriverPage(nullptr, &settings), nullptr);
-    EXPECT_EQ(createDriverPage(nullptr, nullptr), nullptr);
-}
-
 }  // namespace

@@ -1,200 +1,271 @@
-// Previews and thumbnails: bytes of known pages, planes by name, sizes, names, and the PNG library.
+// Page previews: their pixels in both formats, sizes, names and places, the host's thumbnail, and
+// a PNG library that is missing or fails.
 
+#include <png.h>
+
+#include <map>
+
+#include "FileSizeLimit.h"
 #include "JobRunner.h"
 
 namespace {
 
-using Rgb = std::array<unsigned char, 3>;
+namespace fs = std::filesystem;
 
-constexpr Rgb kWhite = {255, 255, 255};
-constexpr Rgb kCyan = {0, 255, 255};
-constexpr Rgb kYellow = {255, 255, 0};
-constexpr Rgb kBlack = {0, 0, 0};
+/// The colours of full ink, by the letters of a picture.
+const std::map<char, std::string> kColors = {{'W', "\xFF\xFF\xFF"},
+                                             {'C', std::string("\x00\xFF\xFF", 3)},
+                                             {'M', std::string("\xFF\x00\xFF", 3)},
+                                             {'Y', std::string("\xFF\xFF\x00", 3)},
+                                             {'K', std::string("\x00\x00\x00", 3)}};
 
-int32_t Number(const std::string& bytes, std::size_t offset) {
-    int32_t value = 0;
-    std::memcpy(&value, bytes.data() + offset, sizeof value);
-    return value;
+std::string LittleEndian(std::size_t value, int bytes = 4) {
+    std::string text;
+    for (int i = 0; i < bytes; ++i)
+        text += static_cast<char>(value >> (8 * i));
+    return text;
 }
 
-/// A bitmap's pixels from the top; empty when its headers are not those of a preview.
-std::vector<std::vector<Rgb>> ReadBitmap(const std::string& bytes) {
-    if (bytes.size() < 54 || bytes.substr(0, 2) != "BM") return {};
-    const int32_t width = Number(bytes, 18);
-    const int32_t height = Number(bytes, 22);
-    const auto rowBytes = static_cast<std::size_t>((width * 3 + 3) / 4 * 4);
-    const auto size = static_cast<std::size_t>(height) * rowBytes + 54;
-    std::string header = "BM" + std::string(12, '\0') + std::string("\x28\0\0\0", 4) +
-                         bytes.substr(18, 8) + std::string("\1\0\x18\0", 4) + std::string(24, '\0');
-    header[10] = 54;
-    for (std::size_t i = 0; i < 4; ++i)
-        header[2 + i] = static_cast<char>(size >> (8 * i));
-    EXPECT_EQ(bytes.substr(0, 54), header);
-    EXPECT_EQ(bytes.size(), size);
-    if (bytes.size() != size) return {};
-    std::vector<std::vector<Rgb>> rows;
-    for (int32_t y = height - 1; y >= 0; --y) {
-        rows.emplace_back();
-        for (int32_t x = 0; x < width; ++x) {
-            const auto* pixel = reinterpret_cast<const unsigned char*>(bytes.data()) + 54 +
-                                static_cast<std::size_t>(y) * rowBytes + 3 * x;
-            rows.back().push_back({pixel[2], pixel[1], pixel[0]});
+/// The headers of a bitmap file.
+std::string BitmapHeader(std::size_t width, std::size_t height) {
+    const std::size_t rowBytes = (width * 3 + 3) / 4 * 4;
+    return "BM" + LittleEndian(height * rowBytes + 54) + LittleEndian(0) + LittleEndian(54) +
+           LittleEndian(40) + LittleEndian(width) + LittleEndian(height) + LittleEndian(1, 2) +
+           LittleEndian(24, 2) + std::string(24, '\0');
+}
+
+/// A whole bitmap file of the picture's lines, top line first.
+std::string Bitmap(const Texts& picture) {
+    std::string file = BitmapHeader(picture[0].size(), picture.size());
+    for (auto line = picture.rbegin(); line != picture.rend(); ++line) {
+        for (const char color : *line) {
+            const std::string& rgb = kColors.at(color);
+            file += {rgb[2], rgb[1], rgb[0]};
         }
+        file.append((4 - line->size() * 3 % 4) % 4, '\0');
     }
-    return rows;
+    return file;
+}
+
+/// The letters of a PNG's lines, '?' for any other colour; none when it cannot be read.
+Texts PngPicture(const fs::path& path) {
+    png_image image = {};
+    image.version = PNG_IMAGE_VERSION;
+    if (png_image_begin_read_from_file(&image, path.c_str()) == 0) return {};
+    EXPECT_EQ(image.format, PNG_FORMAT_RGB);
+    std::string pixels(PNG_IMAGE_SIZE(image), '\0');
+    if (png_image_finish_read(&image, nullptr, pixels.data(), 0, nullptr) == 0) return {};
+    Texts picture(image.height);
+    for (std::size_t pixel = 0; pixel < std::size_t{image.width} * image.height; ++pixel) {
+        char letter = '?';
+        for (const auto& [color, rgb] : kColors)
+            if (pixels.compare(3 * pixel, 3, rgb) == 0) letter = color;
+        picture[pixel / image.width] += letter;
+    }
+    return picture;
 }
 
 class PreviewTest : public BoundaryTest {
   protected:
-    void InstallPreview(const std::vector<std::string>& inks, const std::string& parameters) {
-        Model model = NumberedModel(static_cast<int>(inks.size()), R"(CreateFolder="No")");
+    /// A model with a channel for each name.
+    void InstallPreview(const std::string& preview, const Texts& inks,
+                        const std::string& rules = "CreateFolder=\"No\"") {
+        Model model = NumberedModel(static_cast<int>(inks.size()), rules);
         for (std::size_t i = 0; i < inks.size(); ++i)
             model.Colours[i].InternalName = inks[i];
-        model.OutputElements = parameters;
+        model.OutputElements = "<PreviewParam " + preview + "/>";
         Install(Describe(model));
     }
-    /// A job of square pixels: its resolution is the model's on one axis and twice it on the other.
-    bool PrintSquare(const Page& page, int steps = 0) {
-        JobChoices choices;
-        choices.XResolution = choices.YResolution = 600;
-        Job job = StartJob({page}, "Proof.ps", choices);
-        for (int step = 0; step < steps; ++step)
-            job.Step();
-        return IsPrinted(job.Run());
+    /// Such a job with the host's thumbnail.
+    Job StartWithThumbnail(const std::vector<Page>& pages, const fs::path& thumbnail) {
+        Job job = MakeJob(pages);
+        SetText(job.Status.ThumbnailPath, thumbnail.string());
+        EXPECT_EQ(job.Open(), 1);
+        EXPECT_EQ(job.Port(folder.Out()), 1);
+        return job;
     }
 };
 
-/// A page of one-bit separations whose only inked byte is the first of a row.
-Page Inked(uint32_t width, uint32_t height, std::vector<std::string> names, std::size_t inked,
-           uint32_t row, char byte) {
-    Page page = {width, height, {}};
-    for (const std::string& name : names)
-        page.Separations.push_back({name, 1, "", std::string(RowBytes(width, 1) * height, '\0')});
-    page.Separations[inked].Rows[RowBytes(width, 1) * row] = byte;
-    return page;
+// Both axes are mirrored, a byte's least significant pixel is its first, and spare bits are not
+// shown. An ink is known by its name, wherever it stands.
+TEST_F(PreviewTest, Pixels) {
+    const Page page = {3,
+                       2,
+                       {{"Black", 1, "", std::string("\x04\x00", 2)},
+                        {"Gold", 1, "", "\xFF\xFF"},
+                        {"yellow", 1, "", std::string("\x00\x07", 2)},
+                        {"Cyan", 1, "", std::string("\xF9\x00", 2)},
+                        {"MAGENTA", 1, "", std::string("\x02\x00", 2)}}};
+    const Texts picture = {"WWWWW", "WYYYW", "WKMCW", "WWWWW"};
+    for (const char* type : {"BMP", "PNG", "png", ""}) {
+        InstallPreview(
+            fmt::format(R"(type="{}" name="picture" bestFit="0" sizeV="5" sizeH="4")", type),
+            {"Black", "Gold", "Yellow", "Cyan", "Magenta"});
+        ASSERT_TRUE(Print({page}));
+        if (std::string(type) == "PNG")
+            EXPECT_EQ(PngPicture(folder.Out() / "picture"),
+                      Texts(picture.rbegin(), picture.rend()));
+        else
+            EXPECT_TRUE(Output("picture") == Bitmap(picture)) << type;
+    }
+    EXPECT_TRUE(folder.Messages().empty());
 }
 
-// A page smaller than its box lies in the middle, at its own size and mirrored: the first byte's
-// lowest bit is the page's last column, the first line its last row, and the file's top is row 0.
-TEST_F(PreviewTest, PlanesAndMirroredAxes) {
-    const struct {
-        std::vector<std::string> inks;
-        std::size_t inked;
-        Rgb color;
-    } cases[] = {
-        {{"Cyan", "Magenta", "Yellow", "Black"}, 0, kCyan},
-        {{"Cyan", "Magenta", "Yellow", "Black"}, 3, kBlack},
-        {{"black", "YELLOW", "Gold"}, 1, kYellow},
-        {{"black", "YELLOW", "Gold"}, 2, kWhite},
-        {{"Gold", "Silver", "Bronze", "Copper", "Tin"}, 2, kYellow},
-        {{"Gold", "Silver", "Bronze", "Copper", "Tin"}, 4, kWhite},
-        {{"Gray"}, 0, kCyan},
+// One pixel of full ink in each separation by turns.
+TEST_F(PreviewTest, PlanesBySeparation) {
+    const std::pair<Texts, std::string> cases[] = {
+        {{"C1", "C2", "C3", "C4", "C5"}, "CMYKW"},
+        {{"Gold", "black", "Silver", "Cyan"}, "WKWC"},
+        {{"Gray"}, "C"},
     };
-    for (const auto& [inks, inked, color] : cases) {
-        InstallPreview(inks, R"(<PreviewParam sizeV="20" sizeH="10" bestFit="0"/>)");
-        ASSERT_TRUE(PrintSquare(Inked(10, 4, inks, inked, 1, '\x03')));
-        const auto rows = ReadBitmap(Output("thumbnail.bmp"));
-        ASSERT_EQ(rows.size(), 10U);
-        for (std::size_t y = 0; y < 10; ++y) {
-            ASSERT_EQ(rows[y].size(), 20U);
-            for (std::size_t x = 0; x < 20; ++x) {
-                // Columns 5 to 14 and rows 3 to 6 are the page.
-                const bool ink = y == 3 + 2 && (x == 14 || x == 13);
-                EXPECT_EQ(rows[y][x], ink ? color : kWhite) << inks[inked] << x << ',' << y;
-            }
+    for (const auto& [inks, colors] : cases) {
+        InstallPreview(R"(bestFit="0" sizeV="3" sizeH="3")", inks);
+        for (std::size_t inked = 0; inked < inks.size(); ++inked) {
+            Page page = {1, 1, {}};
+            for (std::size_t i = 0; i < inks.size(); ++i)
+                page.Separations.push_back({inks[i], 1, "", std::string(1, i == inked ? 1 : 0)});
+            ASSERT_TRUE(Print({page}));
+            EXPECT_TRUE(Output("thumbnail.bmp") ==
+                        Bitmap({"WWW", fmt::format("W{}W", colors[inked]), "WWW"}))
+                << inks[inked];
         }
     }
 }
 
-// Intensities go by the number of set bits; a page reduced to one pixel shows their mean.
-TEST_F(PreviewTest, SizesAndNames) {
-    const struct {
-        const char* parameters;
-        const char* file;  ///< null: no preview
-        int32_t width, height;
-    } cases[] = {
-        {"", "thumbnail.bmp", 500, 250},
-        {R"(<PreviewParam sizeV="80" name="filename_filename.x"/>)", "Proof_filename.x", 80, 40},
-        {R"(<PreviewParam sizeV="30" sizeH="70" bestFit="0" name="FileName.b"/>)", "FileName.b", 30,
-         70},
-        {R"(<PreviewParam sizeV="0"/>)", nullptr, 0, 0},
-        {R"(<PreviewParam sizeV="-5"/>)", nullptr, 0, 0},
-        {R"(<PreviewParam sizeV="20001"/>)", nullptr, 0, 0},
-        {R"(<PreviewParam sizeV="2147483647" sizeH="2147483647" bestFit="0"/>)", nullptr, 0, 0},
-        {R"(<PreviewParam sizeV="4001" sizeH="4000" bestFit="0"/>)", nullptr, 0, 0},
-        {R"(<PreviewParam sizeV="60" sizeH="-1"/>)", "thumbnail.bmp", 60, 30},
-        {R"(<PreviewParam sizeV="60" name="../out.bmp"/>)", nullptr, 0, 0},
-        {R"(<PreviewParam sizeV="60" type="png" name="a.png"/>)", "a.png", 60, 30},
+// Black of one pixel: 255 less its intensity is the light that is left.
+TEST_F(PreviewTest, IntensityGoesBySetBits) {
+    struct Row {
+        int Depth;
+        char Value;
+        int Light;
     };
-    for (const auto& [parameters, file, width, height] : cases) {
-        EmptyOutputFolder();
-        InstallPreview({"Cyan"}, parameters);
-        ASSERT_TRUE(PrintSquare(Inked(1000, 500, {"Cyan"}, 0, 1, '\xFF')));
-        Texts names = {"Proof"};
-        if (file != nullptr) names.emplace_back(file);
-        std::sort(names.begin(), names.end());
-        EXPECT_EQ(Listing(folder.Out()), names) << parameters;
-        if (file == nullptr) continue;
-        const auto rows = ReadBitmap(Output(file));
-        ASSERT_EQ(rows.size(), static_cast<std::size_t>(height)) << parameters;
-        EXPECT_EQ(rows[0].size(), static_cast<std::size_t>(width)) << parameters;
-    }
-    EXPECT_TRUE(folder.Messages().empty());
-}
-
-// The host's picture stands under the preview's name from the job's start, until a page replaces
-// it; in a job of tiles it stays in the job's folder.
-TEST_F(PreviewTest, Thumbnail) {
-    InstallPreview({"Cyan"}, R"(<PreviewParam sizeV="8" name="filename_p.bmp"/>)");
-    WriteText(folder.Jobs() / "picture", "the host's");
-    for (const int32_t tiles : {1, 2}) {
-        EmptyOutputFolder();
-        const Page page = Inked(16, 8, {"Cyan"}, 0, 1, '\xFF');
-        Job job = MakeJob({page, page});
-        (folder.Jobs() / "picture").string().copy(job.Status.ThumbnailPath, 255);
-        job.Status.RecordVersion = 3;
-        job.Status.TileCount = tiles;
-        ASSERT_EQ(job.Open(), 1);
-        ASSERT_EQ(job.Port(folder.Out()), 1);
-        EXPECT_EQ(Output("Proof_p.bmp"), "the host's");
-        ASSERT_TRUE(IsPrinted(job.Run()));
-        EXPECT_EQ(Output("Proof_p.bmp") == "the host's", tiles == 2);
-        EXPECT_EQ(ReadBitmap(Output(tiles == 2 ? "Proof-tile2/Proof_p.bmp" : "Proof_p.bmp")).size(),
-                  2U);
+    constexpr Row kRows[] = {{1, 1, 0},      {2, 1, 128},    {2, 2, 128},    {2, 3, 0},
+                             {4, 8, 192},    {4, 5, 170},    {4, 14, 128},   {4, 15, 0},
+                             {8, 64, 224},   {8, 3, 219},    {8, 7, 213},    {8, 15, 204},
+                             {8, 0x1F, 192}, {8, 0x3F, 170}, {8, 0x7F, 128}, {8, '\xFF', 0}};
+    InstallPreview(R"(bestFit="0" sizeV="3" sizeH="3")", {"Black"});
+    for (const Row& row : kRows) {
+        ASSERT_TRUE(Print({{1, 1, {{"Black", row.Depth, "", std::string(1, row.Value)}}}}));
+        EXPECT_EQ(static_cast<uint8_t>(Output("thumbnail.bmp").at(54 + 12 + 3)), row.Light)
+            << row.Depth << " bits, value " << static_cast<int>(row.Value);
     }
 }
 
-// A PNG holds the same rows the other way up. Without the library beside the plug-in, or without
-// its entry points, the file is empty, and messages say what is missing.
-TEST_F(PreviewTest, Png) {
-    const std::string parameters =
-        R"(<PreviewParam sizeV="20" sizeH="10" bestFit="0" type="PNG"/>)";
-    const Page page = Inked(10, 4, {"Cyan"}, 0, 1, '\x03');
-    InstallPreview({"Cyan"}, parameters);
-    ASSERT_TRUE(PrintSquare(page));
-    const std::string png = Output("thumbnail.bmp");
-    ASSERT_EQ(png.substr(1, 3), "PNG");
-    EXPECT_EQ(png.substr(16, 13), std::string("\0\0\0\x14\0\0\0\x0A\x08\x02\0\0\0", 13));
-    EXPECT_TRUE(folder.Messages().empty());
+// A thumbnail stays where a page has no preview.
+TEST_F(PreviewTest, Sizes) {
+    struct Row {
+        const char* Sizes;
+        uint32_t Width, Height;                ///< of the page, at 300 by 600 dpi
+        uint32_t PreviewWidth, PreviewHeight;  ///< 0: there is none
+    };
+    constexpr Row kRows[] = {
+        {"", 1000, 1000, 500, 250},
+        {"", 100, 1000, 100, 500},
+        {R"(sizeV="40" sizeH="-3")", 100, 400, 20, 40},
+        {R"(sizeV="10")", 1000, 1, 10, 1},
+        {R"(sizeV="30" sizeH="20" bestFit="0")", 100, 100, 30, 20},
+        {R"(sizeV="20000" sizeH="1" bestFit="0")", 9, 9, 20000, 1},
+        {R"(sizeV="0")", 9, 9, 0, 0},
+        {R"(sizeV="-1")", 9, 9, 0, 0},
+        {R"(sizeV="20001")", 9, 1, 0, 0},
+        {R"(sizeV="20000")", 9, 9, 0, 0},
+        {R"(sizeV="9" sizeH="0" bestFit="0")", 9, 9, 0, 0},
+        {R"(sizeV="4001" sizeH="4000" bestFit="0")", 9, 9, 0, 0},
+        {R"(sizeV="2147483647" sizeH="2147483647" bestFit="0")", 9, 9, 0, 0},
+    };
+    WriteText(folder.Root() / "picture", "thumbnail");
+    for (const Row& row : kRows) {
+        SCOPED_TRACE(row.Sizes);
+        InstallPreview(row.Sizes, {"Cyan"});
+        EmptyOutputFolder();
+        ASSERT_TRUE(IsPrinted(StartWithThumbnail({RandomPage(row.Width, row.Height, {{"Cyan"}}, 1)},
+                                                 folder.Root() / "picture")
+                                  .Run()));
+        EXPECT_EQ(Output("thumbnail.bmp").substr(0, 54),
+                  row.PreviewWidth == 0 ? "thumbnail"
+                                        : BitmapHeader(row.PreviewWidth, row.PreviewHeight));
+    }
+}
 
-    const std::filesystem::path copy = folder.Root() / "libOutputDriver.so";
-    std::filesystem::copy_file(OUTPUT_DRIVER_LIBRARY, copy);
-    for (const bool hasLibrary : {false, true}) {
-        if (hasLibrary) std::filesystem::copy_file(INCOMPLETE_PNG, folder.Root() / "libpng3.so");
+// The thumbnail goes into the job's folder, a preview beside the channels of its page.
+TEST_F(PreviewTest, NamesAndPlaces) {
+    const std::pair<const char*, const char*> names[] = {
+        {"filename-filename.bmp", "Proof-filename.bmp"},
+        {"FileName.bmp", "FileName.bmp"},
+        {"", "thumbnail.bmp"}};
+    const std::vector<Page> pages = {NumberedPage(9, 9, 1, 1), NumberedPage(9, 9, 1, 2)};
+    WriteText(folder.Root() / "host.bmp", "thumbnail");
+    for (const auto& [pattern, name] : names) {
+        for (const int32_t tiles : {1, 2}) {
+            SCOPED_TRACE(fmt::format("{}, {} tiles", name, tiles));
+            InstallPreview(fmt::format("name=\"{}\"", pattern), {"C1"}, "");
+            EmptyOutputFolder();
+            Job job = StartWithThumbnail(pages, folder.Root() / "host.bmp");
+            job.Status.RecordVersion = JobStatusRecord::kTileRecordVersion;
+            job.Status.TileCount = tiles;
+            EXPECT_EQ(Output(fmt::format("Proof/{}", name)), "thumbnail");
+            ASSERT_TRUE(IsPrinted(job.Run()));
+            const auto of = [&](const char* place) {
+                return Output(fmt::format("Proof/{}{}", place, name));
+            };
+            EXPECT_EQ(of("") == "thumbnail", tiles == 2);
+            EXPECT_EQ(of(tiles == 2 ? "Proof-tile2/" : "").substr(0, 2), "BM");
+            EXPECT_EQ(of("Proof-tile1/") == of("Proof-tile2/"), tiles == 1);
+        }
+    }
+    for (const fs::path& missing : {folder.Root() / "missing.bmp", folder.Root(), fs::path()}) {
+        InstallPreview(R"(name="../out.bmp")", {"C1"});
+        EmptyOutputFolder();
+        EXPECT_TRUE(IsPrinted(StartWithThumbnail({pages[0]}, missing).Run()));
+        EXPECT_EQ(Listing(folder.Out()), Texts{"Proof"}) << missing;
+    }
+    EXPECT_FALSE(fs::exists(folder.Root() / "out.bmp"));
+    EXPECT_TRUE(folder.Messages().empty());
+}
+
+// The file is empty, messages say what is missing or failed, and the page is complete.
+TEST_F(PreviewTest, PngLibrariesThatAreMissingOrFail) {
+    const std::pair<const char*, Texts> libraries[] = {
+        {nullptr, {"Cannot open libpng3.dll"}},
+        {PARTIAL_PNG, {"Failed to load png_set_IHDR", "Failed to load png_write_info"}},
+        {FAILING_PNG, {"Exception caught in png_write_info"}},
+    };
+    const Page page = RandomPage(9, 9, {{"C1"}}, 1);
+    const fs::path copy = folder.Root() / "libOutputDriver.so";
+    fs::copy_file(OUTPUT_DRIVER_LIBRARY, copy);
+    Texts messages;
+    for (const auto& [library, expected] : libraries) {
+        InstallPreview(R"(type="PNG" name="picture.png")", {"C1"});
+        driver.reset();
+        fs::remove(folder.Root() / "libpng3.so");
+        if (library != nullptr) fs::copy_file(library, folder.Root() / "libpng3.so");
         driver = std::make_unique<Driver>(copy.c_str());
-        const std::size_t before = folder.Messages().size();
-        ASSERT_TRUE(PrintSquare(page));
-        EXPECT_EQ(Output("thumbnail.bmp"), "");
-        Texts messages = folder.Messages();
-        messages.erase(messages.begin(), messages.begin() + static_cast<std::ptrdiff_t>(before));
-        if (!hasLibrary) {
-            EXPECT_EQ(messages, Texts{"Cannot open libpng3.dll"});
-            continue;
-        }
-        ASSERT_EQ(messages.size(), 8U) << "all but png_write_end";
-        EXPECT_EQ(messages.front(), "Failed to load png_create_write_struct");
-        EXPECT_EQ(messages.back(), "Failed to load png_write_info");
+        EXPECT_TRUE(Print({page}));
+        messages.insert(messages.end(), expected.begin(), expected.end());
+        EXPECT_EQ(folder.Messages(), messages);
+        EXPECT_EQ(Listing(folder.Out()), (Texts{"Proof", "picture.png"}));
+        EXPECT_EQ(Output("picture.png"), "");
+        EXPECT_EQ(Output("Proof"), ChannelBytes(page, "C1"));
     }
+    driver.reset();
+}
+
+// A disk that is full in the middle of the picture, and a folder of its name: the page goes on.
+TEST_F(PreviewTest, PicturesThatCannotBeWritten) {
+    const Page page = RandomPage(400, 300, {{"Cyan"}, {"Magenta"}, {"Black"}}, 1);
+    for (const char* type : {"PNG", "BMP"}) {
+        InstallPreview(fmt::format(R"(type="{}" name="picture")", type),
+                       {"Cyan", "Magenta", "Black"});
+        EmptyOutputFolder();
+        Job job = StartJob({page});
+        const FileSizeLimit limit(20'000);
+        EXPECT_TRUE(IsPrinted(job.Run()));
+        EXPECT_EQ(Output("Proof_C3.raw"), ChannelBytes(page, "Black"));
+    }
+    EXPECT_EQ(folder.Messages(), Texts{"Exception caught in png_write_row"});
+    EmptyOutputFolder();
+    fs::create_directory(folder.Out() / "picture");
+    EXPECT_TRUE(Print({page}));
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 // Job tickets: what the keywords become, and what is left where a ticket cannot be written.
 
+#include <sys/stat.h>
+
 #include "FileSizeLimit.h"
 #include "JobRunner.h"
 
@@ -108,18 +110,22 @@ TEST_F(TicketTest, Tiles) {
     }
 }
 
-// A missing template, a folder in the ticket's place: a message, and what stood there stays.
+// A missing template or a pipe, a folder in the ticket's place: a message, and what stood there
+// stays.
 TEST_F(TicketTest, Failures) {
     WriteText(folder.Out() / "t.xml", "older");
     const Page page = NumberedPage(8, 1, 2, 1);
     ASSERT_TRUE(Print({page}));
+    ASSERT_EQ(mkfifo(Template().c_str(), 0600), 0);
+    ASSERT_TRUE(Print({page}));
     EXPECT_EQ(Output("t.xml"), "older");
-    EXPECT_EQ(folder.Messages(), Texts{kMessage});
+    EXPECT_EQ(folder.Messages(), (Texts{kMessage, kMessage}));
+    std::filesystem::remove(Template());
     WriteText(Template(), "QL_COPIES");
     std::filesystem::remove(folder.Out() / "t.xml");
     std::filesystem::create_directory(folder.Out() / "t.xml");
     ASSERT_TRUE(Print({page}));
-    EXPECT_EQ(folder.Messages(), (Texts{kMessage, kMessage}));
+    EXPECT_EQ(folder.Messages(), Texts(3, kMessage));
     EXPECT_EQ(Listing(folder.Out()), (Texts{"Proof_C1.raw", "Proof_C2.raw", "t.xml/"}));
 }
 
