@@ -3,11 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <string>
-
-#include "TestFolder.h"
-#include "host/QLCopyFile.h"
 
 namespace {
 
@@ -48,24 +44,6 @@ TEST(AFilePath, TakesPathsAsTheHostGivesThem) {
     EXPECT_EQ(AFilePath().Append("x").fullPath(), "./x");
     unsetenv("QL_BASE_FOLDER");
     EXPECT_TRUE(AFilePath().exists()) << "the current folder";
-}
-
-TEST(QLCopyFile, CopiesButNeverOntoItself) {
-    const TestFolder folder;
-    const std::string bytes(600000, 'x');
-    const AFilePath from = folder.Write("from", bytes);
-    const AFilePath to = folder.Write("to", std::string(700000, 'y'));
-    EXPECT_EQ(QLCopyFile(from, to), 1);
-    std::filesystem::create_symlink(folder.Name("from"), folder.Name("link"));
-    std::filesystem::create_symlink("/dev/full", folder.Name("full"));
-    EXPECT_EQ(QLCopyFile(from, from), 0);
-    EXPECT_EQ(QLCopyFile(from, folder.Path("link")), 0);
-    EXPECT_EQ(QLCopyFile(folder.Path("link"), from), 0);
-    EXPECT_EQ(QLCopyFile(folder.Path("missing"), to), 0);
-    EXPECT_EQ(QLCopyFile(folder.Path(""), to), 0) << "a folder";
-    EXPECT_EQ(QLCopyFile(from, folder.Path("missing/x")), 0);
-    EXPECT_EQ(QLCopyFile(from, folder.Path("full")), 0);
-    EXPECT_TRUE(folder.Read("from") == bytes && folder.Read("to") == bytes);
 }
 
 }  // namespace

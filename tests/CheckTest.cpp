@@ -75,9 +75,11 @@ std::string Edited(std::string text, const std::vector<Edit>& edits) {
     return text;
 }
 
+using Starts = std::vector<const char*>;
+
 struct FaultCase {
     std::vector<Edit> Edits;
-    std::vector<const char*> Found;  ///< LINE:COLUMN: severity: and how the text starts, in order
+    Starts Found;  ///< LINE:COLUMN: severity: and how the text starts, in order
 };
 
 const FaultCase kDescriptionFaults[] = {
@@ -87,17 +89,10 @@ const FaultCase kDescriptionFaults[] = {
      {"8:8: error: ID \"-1\" is no number of 0 or more; the driver refuses the description: "
       "\"Wrong "
       "media index.\""}},
-    {{{"<ID>0</ID><InternalName>fast", "<InternalName>fast"}},
-     {"11:5: error: the item has no element \"ID\""}},
-    {{{"<XResValue>360<", "<XResValue>99999999999<"}}, {"14:18: error: XResValue \"99999999999\""}},
     {{{"<XResValue>720</XResValue><YResValue>720</YResValue>", "<XResValue>0</XResValue>"}},
      {"15:5: error: the item has no element \"YResValue\"", "15:18: warning: XResValue is 0"}},
     {{{"<I ID=\"1\"><ColorDepth>8", "<I ID=\"3\"><ColorDepth>8"}},
      {"27:10: error: ID \"3\" is no position of the 3 colours"}},
-    {{{"<ColorDepth>8</ColorDepth>", ""}}, {"27:7: error: ColorDepth \"\""}},
-    {{{"<I ID=\"1\" IsSpotColor=\"0\"", "<I ID=\"1\" IsSpotColor=\"no\""}},
-     {"25:17: error: IsSpotColor \"no\" is no number"}},
-    {{{"<BaseColor/>", ""}}, {"2:1: error: no element \"BaseColor\""}},
     {{{"<Control_Definition", "<Control_Definitions"},
       {"</Control_Definition", "</Control_Definitions"}},
      {"1:1: error: no element \"Control_Definition\"",
@@ -135,15 +130,6 @@ const FaultCase kDescriptionFaults[] = {
     {{{"DefaultMedia=\"1\"", "DefaultMedium=\"1\" DefaultMedia=\"x\""}},
      {"6:14: warning: attribute \"DefaultMedium\" is not read (did you mean \"DefaultMedia\"?)",
       "6:32: warning: DefaultMedia \"x\" is no number; 0 is read"}},
-    {{{"<BaseMedia/>", "<BaseMedia>5</BaseMedia>"}}, {"3:3: warning: string resources replace"}},
-    {{{"<DisplayName>Vinyl", "<DisplayName>Vinyl</DisplayName><DisplayName>Vinyl"}},
-     {"8:84: warning: element \"DisplayName\" is not read: only the first"}},
-    {{{"<InternalName>Cyan<", "<InternalName> Cyan<"}},
-     {"18:18: warning: the blanks around the text"}},
-    {{{"<ChannelName>filename_C.tif</ChannelName>", ""}},
-     {"18:5: warning: the colour has no ChannelName"}},
-    {{{"filename_C.tif", "FileName_C.tif"}},
-     {"18:82: warning: \"FileName_C.tif\" holds no job name"}},
     {{{"CreateFolder=\"YES\"", "CreateFolder=\"no\""}, {"filename_C.tif", "c.tif"}},
      {"18:82: warning: \"c.tif\" holds no job name: each job replaces",
       "40:21: warning: \"ticket.txt\" holds no job name"}},
@@ -191,37 +177,19 @@ class Check : public DriverHost {
 
     static std::string Data(const std::string& name) { return "base/OutputDrivers/" + name; }
 
-    /// The findings of a file, without its name.
-    std::vector<std::string> FoundIn(const std::string& file, const Arguments& more = {}) const {
-        Arguments arguments = {"check", "base"};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        const Outcome checked = Host(arguments);
-        std::vector<std::string> found;
-        std::istringstream lines(checked.Output);
-        bool hasErrors = false;
-        for (std::string line; std::getline(lines, line);) {
-            hasErrors = hasErrors || Contains(line, ": error: ");
-            if (line.starts_with(file + ":")) found.push_back(line.substr(file.size() + 1));
-        }
-        EXPECT_EQ(checked.Status, hasErrors ? 1 : 0) << checked.Output;
-        return found;
-    }
-
-    static void ExpectFound(const std::vector<std::string>& found, const FaultCase& fault) {
-        std::string all;
-        for (const std::string& line : found)
-            all += line + '\n';
-        ASSERT_EQ(found.size(), fault.Found.size())
-            << all << (fault.Edits.empty() ? "" : fault.Edits[0].to);
-        for (std::size_t i = 0; i < found.size(); ++i)
-            EXPECT_TRUE(found[i].starts_with(fault.Found[i])) << all << fault.Found[i];
+    /// The findings of a file in the whole base folder.
+    std::vector<std::string> Found(const std::string& file) const {
+        const Outcome checked = Host({"check", "base"});
+        EXPECT_EQ(checked.Status, Contains(checked.Output, ": error: ") ? 1 : 0) << checked.Output;
+        return FoundIn(file, checked);
     }
 };
 
 TEST_F(Check, FindsFaultsOfADescriptionWhereTheyStand) {
     for (const FaultCase& fault : kDescriptionFaults) {
         Write(Data("roll.xml"), Edited(kDescription, fault.Edits));
-        ExpectFound(FoundIn(Data("roll.xml")), fault);
+        SCOPED_TRACE(fault.Edits.empty() ? "" : fault.Edits[0].to);
+        ExpectFound(Found(Data("roll.xml")), fault.Found);
     }
     // In the encoded form the places are those of the text; in other encodings of the characters.
     Write("plain.xml", Edited(kDescription, {{"<ID>0</ID><InternalName>film",
@@ -230,7 +198,7 @@ TEST_F(Check, FindsFaultsOfADescriptionWhereTheyStand) {
     for (const char* const encode :
          {"gzip -c", "iconv -f utf-8 -t utf-16", "iconv -f utf-8 -t utf-16be"}) {
         ASSERT_EQ(Shell(fmt::format("{} plain.xml > {}", encode, Data("roll.xml"))).Status, 0);
-        EXPECT_TRUE(FoundIn(Data("roll.xml")).at(0).starts_with(place)) << encode;
+        EXPECT_TRUE(Found(Data("roll.xml")).at(0).starts_with(place)) << encode;
     }
 }
 
@@ -244,15 +212,14 @@ TEST_F(Check, FollowsTheModelListAndTheFilesThatItNames) {
           "<Model XMLFile=\"lost.xml\"/>\n"
           "<Model Name=\"Last\"/>\n"
           "</Models>\n");
-    ExpectFound(FoundIn(Data("ZeComFile.xml")),
-                {{},
-                 {"2:39: warning: attribute \"Nmae\" is not read (did you mean \"Name\"?)",
-                  "3:8: warning: no model reaches this entry: the entry in line 2 takes",
-                  "4:1: warning: \"roll.xml\" has no output rules",
-                  "5:20: error: \"../lost.xml\" names a file outside its folder",
-                  "6:1: warning: the entry has no Name",
-                  "6:8: error: ", "7:1: error: the entry has no XMLFile",
-                  "7:8: warning: no model reaches this entry: the entry in line 6"}});
+    ExpectFound(Found(Data("ZeComFile.xml")),
+                Starts{"2:39: warning: attribute \"Nmae\" is not read (did you mean \"Name\"?)",
+                       "3:8: warning: no model reaches this entry: the entry in line 2 takes",
+                       "4:1: warning: \"roll.xml\" has no output rules",
+                       "5:20: error: \"../lost.xml\" names a file outside its folder",
+                       "6:1: warning: the entry has no Name",
+                       "6:8: error: ", "7:1: error: the entry has no XMLFile",
+                       "7:8: warning: no model reaches this entry: the entry in line 6"});
     Write(Data("ZeComFile.xml"), kModels);
     // Halftone lists, options, what nothing names and what a host needs.
     Write(Data("stray.xml"), "<a/>");
@@ -260,16 +227,16 @@ TEST_F(Check, FollowsTheModelListAndTheFilesThatItNames) {
           "<H><ManufacturerList><M Name=\"a\" ManufactureXML=\"none.xml\"/>\n"
           "<M Name=\"b\" ManufactureMAPXML=\"map.xml\"/></ManufacturerList></H>");
     Write(Data("map.xml"), "<m><x Name=\"Roll\" XMLFile=\"stray.xml\"/></m>");
-    ExpectFound(FoundIn(Data("Ditherparams.xml")), {{}, {"1:34: error: "}});
-    ExpectFound(FoundIn(Data("stray.xml")), {{}, {"1:1: error: no element \"PrinterHardware\""}});
+    ExpectFound(Found(Data("Ditherparams.xml")), Starts{"1:34: error: "});
+    ExpectFound(Found(Data("stray.xml")), Starts{"1:1: error: no element \"PrinterHardware\""});
     Write(Data("map.xml"), "<m/>");
-    ExpectFound(FoundIn(Data("stray.xml")), {{}, {"1:1: warning: no other file names this one"}});
+    ExpectFound(Found(Data("stray.xml")), Starts{"1:1: warning: no other file names this one"});
     fs::create_directories(Path("base/Jobs and Settings/OptionsDrivers"));
     Write("base/Jobs and Settings/OptionsDrivers/QL_DROP_1.xml",
           "<R><DriverOptions SupportWhiteType=\"x\"/></R>");
-    ExpectFound(FoundIn("base/Jobs and Settings/OptionsDrivers/QL_DROP_1.xml"),
-                {{}, {"1:19: warning: SupportWhiteType \"x\""}});
-    ExpectFound(FoundIn("base/Temp"), {{}, {"1:1: warning: the folder does not exist"}});
+    ExpectFound(Found("base/Jobs and Settings/OptionsDrivers/QL_DROP_1.xml"),
+                Starts{"1:19: warning: SupportWhiteType \"x\""});
+    ExpectFound(Found("base/Temp"), Starts{"1:1: warning: the folder does not exist"});
 }
 
 TEST_F(Check, TakesOneFileAndAnswersWithItsStatus) {
@@ -326,20 +293,6 @@ TEST_F(Check, EndsOnHostileFilesWithAClearLine) {
         EXPECT_EQ(checked.Status, 1) << bytes.substr(0, 60);
         EXPECT_TRUE(Contains(checked.Output, text))
             << bytes.substr(0, 60) << checked.Output.substr(checked.Output.size() - 300);
-    }
-    const std::pair<const char*, const char*> files[] = {
-        {"mkfifo", "is no file"},
-        {"mkdir", "is a folder"},
-        {"ln -s /dev/zero", "is no file"},
-        {"head -c 100000000 /dev/zero | gzip -c >",
-         ": error: the gzip data are damaged or hold more"},
-        {"truncate -s 200G", "has more than"}};
-    for (const auto& [make, text] : files) {
-        const std::string script = fmt::format("rm -rf {0} && {1} {0}", Data("roll.xml"), make);
-        ASSERT_EQ(Shell(script).Status, 0) << make;
-        const Outcome checked = Host({"check", "base"});
-        EXPECT_EQ(checked.Status, 1);
-        EXPECT_TRUE(Contains(checked.Output, text)) << make << '\n' << checked.Output;
     }
 }
 

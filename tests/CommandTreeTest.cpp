@@ -42,20 +42,6 @@ TEST_F(DriverHost, CompletesCommandsOptionsAndWhatTheyTake) {
     }
 }
 
-TEST_F(DriverHost, ManualPageHasWhatHelpHas) {
-    ASSERT_EQ(Shell("\"$host\" man > driverhost.1").Status, 0);
-    const std::string page = ReadText(Path("driverhost.1"));
-    for (const char* const text :
-         {".SS \"driverhost make\\-job\"", "\\fB\\-\\-out\\fR \\fIFOLDER\\fR",
-          "\n  driverhost run poster.job \\-\\-out printed\n"})
-        EXPECT_TRUE(Contains(page, text)) << text;
-    const Outcome checked = Shell(
-        "if command -v mandoc; then mandoc -Tlint -Werror driverhost.1 || exit 1; fi >&2\n"
-        "if command -v man >/dev/null; then man --warnings -l driverhost.1 2>&1 >page; fi");
-    EXPECT_EQ(checked.Status, 0) << checked.Output;
-    EXPECT_FALSE(Contains(checked.Output, "warning")) << checked.Output;
-}
-
 TEST_F(DriverHost, ListsTheModelsThatTheModelListReaches) {
     fs::create_directories(Path("base/OutputDrivers"));
     fs::copy(MODELS_FOLDER "/OutputDrivers/FenlandF8.xml", Path("base/OutputDrivers/F.xml"));

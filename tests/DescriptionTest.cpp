@@ -1,6 +1,5 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include "GoodDescription.h"
 #include "boundary/BaseFolder.h"
@@ -97,22 +96,6 @@ TEST(DescriptionTest, IsTheFirstEntryWhoseNameTheModelContains) {
         EXPECT_EQ(description.folder.Messages(), Texts(message.empty() ? 0 : 1, message))
             << entries;
     }
-}
-
-TEST(DescriptionTest, IsReadInEncodedFormAndTheFirstOneStays) {
-    Description description;
-    for (const char* const name : {"OutputDrivers/ZeComFile.xml", "OutputDrivers/model.xml"}) {
-        const std::filesystem::path path = description.folder.Base() / name;
-        const std::string text = ReadText(path);
-        gzFile_s* const file = gzopen(path.c_str(), "wb");
-        EXPECT_GT(gzputs(file, text.c_str()), 0);
-        EXPECT_EQ(gzclose(file), Z_OK);
-    }
-    EXPECT_EQ(description.LoadDescription("Roll"), 1);
-    std::filesystem::remove_all(description.folder.Base());
-    EXPECT_EQ(description.LoadDescription("Another"), 1);
-    EXPECT_EQ(description.GetResolutionCount(), 2);
-    EXPECT_TRUE(description.folder.Messages().empty());
 }
 
 TEST(DescriptionTest, ListsThePrintModesThatTheMediumAllows) {

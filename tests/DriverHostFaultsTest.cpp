@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <nlohmann/json.hpp>
-
 #include "DriverHostFixture.h"
 #include "driverhost/Container.h"
 
@@ -79,19 +77,16 @@ TEST_F(DriverHost, AnswersAWrongCommandLineWithItsOwnStatus) {
         {{"--help"}, 0},
         {{"capabilities", "Nobody's printer"}, 1},
         {{"capabilities", std::string(64, 'm')}, 2},
-        {{"--base", "nowhere", "capabilities", "Fenland R4"}, 2},
         {{"make-job", "a.pdf", "--model", "Fenland R4", "-o", "x", "--media", "Silk"}, 2},
         {{"make-job", "a.pdf", "--model", "Fenland R4", "-o", "x", "--resolution", "3"}, 2},
         {{"make-job", "a.pdf", "--model", "Fenland R4", "-o", "x", "--timeout", "0"}, 2},
         {{"make-job", "a.pdf", "--model", "Fenland R4", "-o", "nowhere/x"}, 1},
         {{"make-job", "a.pdf", "--model", "Fenland R4", "-o", "."}, 2},
         {{"run", "nothing", "--out", "o"}, 1},
-        {{"run", "a.pdf", "--out", "o"}, 1},
         {{"run", "job", "--out", "a.pdf"}, 1},
         {{"run", "job", "--out", "o", "--name", "../x"}, 2},
         {{"run", "job", "job", "--out", "o", "--name", "x"}, 2},
         {{"run", "job", "--out", "o", "--copies", "0"}, 2},
-        {{"run", "job", "--out", "o", "--name", "c:x"}, 2},
     };
     const Listing before = Files();
     for (const auto& [arguments, status] : cases) {
@@ -117,17 +112,6 @@ TEST_F(DriverHost, LeavesNothingBehindOnAFullDisk) {
     EXPECT_TRUE(Contains(run.Output, "3 channels are not written")) << run.Output;
 }
 
-TEST_F(DriverHost, TellsAnIncompleteChannelByItsOwnStatus) {
-    // A bottom-line-first page goes on when a channel file takes no lines: only the file tells.
-    Write("a.pdf", Pdf({kQuarters}));
-    ASSERT_EQ(Host({"make-job", "a.pdf", "-o", "job", "--model", "Fenland F8"}).Status, 0);
-    fs::create_directory(Path("printed"));
-    fs::create_symlink("/dev/full", Path("printed/a_1C.raw"));
-    const Outcome run = Host({"run", "job", "--out", "printed"});
-    EXPECT_EQ(run.Status, 3) << run.Output;
-    EXPECT_TRUE(Contains(run.Output, "1 channels are not written")) << run.Output;
-}
-
 TEST_F(DriverHost, StopsOnAnInterrupt) {
     Write("a.pdf", "%PDF-1.4\n");
     ReplaceRasterizer("kill -INT $PPID; sleep 60");
@@ -147,44 +131,6 @@ TEST_F(DriverHost, AbortsARunningJobOnAnInterrupt) {
     EXPECT_TRUE(Contains(run.Output, "interrupted; the job is aborted")) << run.Output;
     EXPECT_TRUE(Contains(run.Output, "a_C.tif is incomplete")) << run.Output;
     EXPECT_TRUE(Contains(run.Output, "printed/a is incomplete")) << run.Output;
-    // The report says so too, and that the job behind it was not begun.
-    const Outcome two = Shell(
-        "\"$host\" run job job --out again --json >report & until [ -s again/a/a_C.tif ]; do "
-        "sleep 0.01; done; kill -TERM $!; wait $!");
-    EXPECT_EQ(two.Status, 130) << two.Output;
-    const auto jobs = nlohmann::json::parse(ReadText(Path("report")))["jobs"];
-    EXPECT_EQ(jobs[0]["state"], "aborted");
-    EXPECT_EQ(jobs[0]["incompleteFolders"], (std::vector<std::string>{"a"}));
-    EXPECT_EQ(jobs[1]["state"], "not run");
-}
-
-TEST_F(DriverHost, FailsOnDamagedJobs) {
-    MakeSmallJob();
-    const std::string job = ReadText(Path("job"));
-    const std::string pages = ReadText(Path("job.pages.tif"));
-    const std::string settings = ReadText(Path("job.settings.json"));
-    struct Case {
-        const char* File;
-        std::string Bytes;
-        const char* Message;
-    };
-    const Case cases[] = {
-        {"job", job.substr(0, 3939), "is no job file"},
-        {"job", std::string(3940, '\0'), "a model's name"},
-        {"job.pages.tif", "", "no job container"},
-        {"job.pages.tif", pages.substr(0, pages.size() / 2), "page"},
-        {"job.settings.json", "{ \"media\": 0, ", "settings.json is damaged"},
-        {"job.settings.json", R"({"media": 7, "printMode": 0, "resolution": 0})", "no medium"},
-    };
-    for (const Case& row : cases) {
-        Write("job", job);
-        Write("job.pages.tif", pages);
-        Write("job.settings.json", settings);
-        Write(row.File, row.Bytes);
-        const Outcome run = Host({"run", "job", "--out", "printed"});
-        EXPECT_TRUE(run.Status >= 1 && run.Status <= 3) << row.Message << run.Output;
-        EXPECT_TRUE(Contains(run.Output, row.Message)) << row.Message << run.Output;
-    }
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -124,6 +125,24 @@ class DriverHost : public testing::Test {
                              "  exit 0;;\nesac\n"
                           << script << '\n';
         fs::permissions(gs, fs::perms::owner_all);
+    }
+
+    /// Lines of what a command prints that name a place in the file, without its name.
+    static std::vector<std::string> FoundIn(const std::string& file, const Outcome& outcome) {
+        std::vector<std::string> found;
+        std::istringstream lines(outcome.Output);
+        for (std::string line; std::getline(lines, line);)
+            if (line.starts_with(file + ':') && !line.starts_with(file + ": "))
+                found.push_back(line.substr(file.size() + 1));
+        return found;
+    }
+
+    /// As many findings as expected, each with the start that is given.
+    template <class Texts>
+    static void ExpectFound(const std::vector<std::string>& found, const Texts& starts) {
+        EXPECT_EQ(found.size(), std::size(starts)) << testing::PrintToString(found);
+        for (std::size_t i = 0; i < std::min(found.size(), std::size(starts)); ++i)
+            EXPECT_TRUE(found[i].starts_with(starts[i])) << found[i] << '\n' << starts[i];
     }
 
     /// A failure that says why in one line and leaves the folder as it was.

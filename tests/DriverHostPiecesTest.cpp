@@ -178,18 +178,4 @@ TEST(PageReport, ReadsSizesAndSpotInks) {
     EXPECT_EQ(PixelsOf(80.3, 100), 112);
 }
 
-TEST(Plates, FindsAnInkByItsEncodedName) {
-    const WorkFolder folder(std::filesystem::temp_directory_path() / "driverhost-test");
-    const std::pair<const char*, const char*> cases[] = {
-        {"plate(White).tif", "White"},
-        {"plate(Gr%C3%BCn%2FA (b) %2541).tif", "Gr\xC3\xBCn/A (b) %41"},
-        {"plate(50%).tif", "50%"},
-    };
-    for (const auto& [file, ink] : cases) {
-        std::ofstream(folder.Path() / file) << 'x';
-        EXPECT_EQ(FindPlate(folder.Path(), ink), folder.Path() / file);
-    }
-    EXPECT_TRUE(FindPlate(folder.Path(), "white").empty());
-}
-
 }  // namespace

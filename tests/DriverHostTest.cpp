@@ -4,9 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <bit>
-#include <nlohmann/json.hpp>
-#include <optional>
-#include <tuple>
 
 #include "DriverHostFixture.h"
 #include "Rasters.h"
@@ -127,23 +124,6 @@ TEST_F(DriverHost, ScreensOneBitModesAndMakesTheSameBytesTwice) {
     // In bands of one screen's height: the seams do not show.
     ASSERT_EQ(MakeJob("a.pdf", {"--band-pixels", "1"}).Status, 0);
     EXPECT_TRUE(ReadText(Path("job.pages.tif")) == first);
-}
-
-TEST_F(DriverHost, ShowsWhatAModelAllows) {
-    const auto model = nlohmann::json::parse(Host({"capabilities", "Fenland F8", "--json"}).Output);
-    const nlohmann::json varnish = model.at("/colorModes/4/colorants/5"_json_pointer);
-    EXPECT_EQ(varnish.at("name"), "Varnish");
-    EXPECT_EQ(varnish.at("spot"), true);
-    const nlohmann::json glass = model.at("/combinations/3/printModes"_json_pointer);
-    EXPECT_EQ(glass.at(1).at("default"), true);
-    EXPECT_EQ(glass[0]["resolutions"][0]["colorModes"], (std::vector<int>{0, 4, 5}));
-    EXPECT_EQ(glass[0]["resolutions"][0]["defaultColorMode"], 4);
-    EXPECT_TRUE(glass[0]["resolutions"][1]["colorModes"].empty());
-    EXPECT_EQ(model["defaults"]["printMode"], 1);
-
-    const std::string text = Host({"capabilities", "Fenland R4"}).Output;
-    EXPECT_TRUE(Contains(text, "Backlit film")) << text;
-    EXPECT_TRUE(Contains(text, "    3  1440 x 720 dpi     refused")) << text;
 }
 
 }  // namespace

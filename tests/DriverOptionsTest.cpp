@@ -57,22 +57,6 @@ TEST_F(DriverOptions, AreReadAndWrittenWhereTheFileStands) {
     EXPECT_EQ(Listing(folder.Base() / kFolders[2]), Texts{"my QL_DROP_x"});
 }
 
-TEST_F(DriverOptions, OfAMissingFileAreMadeAnew) {
-    DriverOptionBlock block = Block(0, std::string(255, 'x'));
-    EnsureDriverOptions(block);
-    EXPECT_EQ(Bytes(block), Bytes(Block(3, block.FileName)));  // with nothing behind the name
-    std::filesystem::remove(folder.Options() / block.FileName);
-    EXPECT_EQ(White(block), -1);
-    std::filesystem::remove(folder.Options() / block.FileName);
-    WriteDriverOptions(block, 6);
-    EXPECT_EQ(White(block), 6);
-    EXPECT_EQ(Listing(folder.Options()), Texts{block.FileName});
-    std::filesystem::remove_all(folder.Options());
-    WriteDriverOptions(block, 1);
-    EXPECT_EQ(White(block), 7);
-    EXPECT_FALSE(std::filesystem::exists(folder.Options()));
-}
-
 TEST_F(DriverOptions, AreAsTheFileSays) {
     const std::pair<const char*, int32_t> cases[] = {
         {"<R><DriverOptions SupportWhiteType=' 12 '/></R>", 12},

@@ -110,52 +110,6 @@ TEST(ExportBitmap, HoldsTheLinesInOrder) {
     }
 }
 
-TEST(ExportBitmap, RefusesWhatIsNoChannel) {
-    const TestFolder folder;
-    const Channel good = {"", false, 32, 2, 1};
-    ASSERT_EQ(mkfifo(folder.Name("pipe.raw").c_str(), 0600), 0);
-    for (const char* name : {"", "missing/x.raw", "pipe.raw"})
-        EXPECT_FALSE(Exporter(folder.Name(name), good).IsOpen()) << name;
-    const Channel kSizes[] = {{"", true, 0, 2, 1},           {"", true, 32, 0, 1},
-                              {"", true, 0x80000000, 2, 1},  {"", true, 32, 2, 3},
-                              {"", true, 32, 0x80000000, 1}, {"", true, 0x7FFFFFE0, 2, 16}};
-    for (const Channel& channel : kSizes)
-        EXPECT_EQ(Exporter(folder.Name("x.tif"), channel).WriteBand(1, 4, "1234"), 0);
-    EXPECT_EQ(folder.Count(), 1);
-    Exporter exporter(folder.Name("x.raw"), good);
-    EXPECT_EQ(exporter.WriteBand(1, 3, "123"), 0) << "another line size";
-    EXPECT_EQ(exporter.WriteBand(3, 4, "123456789012"), 0) << "beyond the height";
-    EXPECT_EQ(exporter.WriteBand(-1, -4, "1234"), 0);
-    EXPECT_EQ(exporter.WriteBand(1, 4, nullptr), 0);
-    EXPECT_NE(exporter.WriteBand(2, 4, "12345678"), 0);
-}
-
-// The disk fills up in the lines, with the last ones, or only when the directory is written.
-TEST(ExportBitmap, AFailureAnywhereIsAnswered) {
-    constexpr rlim_t kBytes = rlim_t{4096} * 200;
-    const TestFolder folder;
-    for (const bool isTiff : {false, true}) {
-        const Channel channel = {isTiff ? "x.tif" : "x.raw", isTiff, 4096, 200, 8};
-        const std::string path = folder.Name(channel.name);
-        const std::string line = Lines(channel, 1);
-        for (const rlim_t room :
-             {rlim_t{4}, rlim_t{300000}, kBytes - 1, kBytes, kBytes + 9, kBytes + 10000}) {
-            testing::internal::CaptureStderr();
-            bool taken = true;
-            {
-                Exporter exporter(path, channel);
-                const FileSizeLimit limit(room);
-                for (uint32_t i = 0; i < channel.height; ++i)
-                    taken = exporter.Take(line) && taken;
-                EXPECT_TRUE(taken || !exporter.Take(line)) << "a failure is not taken back";
-            }
-            const std::string log = testing::internal::GetCapturedStderr();
-            EXPECT_EQ(taken, room >= kBytes + (isTiff ? 10000 : 0)) << path << " " << room;
-            EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), taken || room == 4 ? 0 : 1);
-        }
-    }
-}
-
 // Only what the first block's arrival decides is looked at; nobody writes 4 GiB here.
 TEST(ExportBitmap, PassesFourGibibytesAsBigTiff) {
     const TestFolder folder;

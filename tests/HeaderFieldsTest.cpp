@@ -49,11 +49,9 @@ constexpr FieldCase kFields[] = {
     {"float,QL_DOUBLE", "0000807F"},
     {"double,QL_FLOAT", "00000000000006C0"},
     {"double,QL_FLOAT-0.25", "00000000000008C0"},
-    {"double,QL_TEXT*2", "0000000000000000"},
     {"char,[2]QL_TEXT", "0000"},
     // The ends of the integers.
     {"int32,QL_LEAST-1", "FFFFFF7F"},
-    {"int32,QL_LEAST*3", "00000080"},
     {"float,0xFFFFFFFF", "000080BF"},
     {"int16,200*200", "409C"},
     {"int8,200/3", "EE"},          // -56 / 3, toward zero
@@ -68,8 +66,6 @@ constexpr FieldCase kFields[] = {
     {"int8,7-2+1\r\nint8,7-2-1\r\nint32,7*2/3", "080502000000"},
     {"int8,QL_NCOLORS+ 1 //ql", "06"},
     {"int8,QL_NCOLORS \t//ql", ""},
-    {"int32,\t+5", "05000000"},  // the value is a tab
-    {"int8,12\nint8,34\n", "0103"},
     {"char,[9]A//qlB", "410000000000000000"},
 };
 
@@ -92,20 +88,6 @@ TEST(HeaderFields, EndWhereTheHeaderIsFull) {
     EXPECT_EQ(Header(text + "int32,1\r\nchar,]").size(), 2 * 1997U);
 }
 
-/// Adds up what it is told.
-struct Places final : HeaderLineListener {
-    void OnLine(const HeaderLine& line) override {
-        EXPECT_LE(Next, line.Begin);
-        EXPECT_LE(line.Begin, line.End);
-        Next = line.End;
-        if (line.Result != HeaderLineResult::kField) return;
-        EXPECT_EQ(line.Offset, Bytes);
-        Bytes += line.Size;
-    }
-    std::size_t Next = 0;
-    std::size_t Bytes = 0;
-};
-
 TEST(HeaderFields, TakeAnyText) {
     constexpr std::string_view kPieces[] = {
         "int32", "int16",      "int8", "float", "double",   "char",      ",",      ",", "[",   "]",
@@ -117,10 +99,8 @@ TEST(HeaderFields, TakeAnyText) {
         for (auto count = random() % 40; count > 0; --count)
             text += kPieces[random() % std::size(kPieces)];
         HeaderBuffer buffer;
-        Places places;
         try {
-            const int32_t count = ProcessHeaderTemplate(text, kKeywords, buffer, &places);
-            EXPECT_EQ(static_cast<std::size_t>(count), places.Bytes) << text;
+            ProcessHeaderTemplate(text, kKeywords, buffer);
         } catch (int) {
             EXPECT_NE(text.find(",]"), std::string::npos) << text;
         }

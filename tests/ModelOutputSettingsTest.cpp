@@ -8,8 +8,6 @@
 #include "boundary/BaseFolder.h"
 #include "host/Text.h"
 
-using Texts = std::vector<std::string>;
-
 namespace {
 
 class OutputRules : public testing::Test {
@@ -78,32 +76,6 @@ TEST_F(OutputRules, ReadTheWhiteOffer) {
     folder_.InstallModel("", Edited(kGoodDescription, {{"<ModelList>", "<ModelList>" + entries}}));
     for (const auto& [offer, white] : cases)
         EXPECT_EQ(White(offer), white) << offer;
-}
-
-TEST_F(OutputRules, ChangeNothingWithoutADescription) {
-    output_.ChannelNames = {"kept"};
-    EXPECT_EQ(Read("Roll"), 0);
-    EXPECT_EQ(GetChannelName(description_, "White", "Roll"), "");
-    EXPECT_EQ(output_.ChannelNames, Texts{"kept"});
-    EXPECT_EQ(folder_.Messages(), Texts(2, "Cannot get XML "));
-}
-
-TEST_F(OutputRules, NameTheChannelsOfTheColorMode) {
-    // Two colours share an identifier and two a name; one colorant's colour is not listed.
-    folder_.InstallModel("",
-                         Edited(kGoodDescription, {{"<C><ID>2</ID>", "<C><ID>1</ID>"},
-                                                   {"<InternalName>White", "<InternalName>Cyan"}}));
-    const std::pair<int32_t, Texts> namesByMode[] = {
-        {0, {"filename_c", "filename_m", "filename_k"}}, {1, {"filename_k"}}, {2, {}}, {-1, {}}};
-    for (const auto& [colorMode, names] : namesByMode) {
-        ASSERT_EQ(Read("None", colorMode), 1);
-        EXPECT_EQ(output_.ChannelNames, names) << colorMode;
-    }
-    EXPECT_EQ(fmt::format("{}", output_.ChannelNameMap),
-              R"({"Black": "filename_k", "Cyan": "filename_w.tif", "Magenta": "filename_m", )"
-              R"("Yellow": "filename_y"})");
-    EXPECT_EQ(GetChannelName(description_, "Cyan", "None"), "filename_c");  // the first
-    EXPECT_EQ(GetChannelName(description_, "cyan", "None"), "");
 }
 
 }  // namespace

@@ -91,41 +91,4 @@ TEST(PreviewScaler, DiffersFromTheDirectEvaluationByOneLevelAtMost) {
     }
 }
 
-TEST(PreviewScaler, Geometry) {
-    const struct {
-        int size, width, height, x, y;
-        int previewWidth, previewHeight;
-    } cases[] = {
-        {500, 2000, 1000, 300, 300, 500, 250}, {500, 1000, 2000, 300, 300, 250, 500},
-        {500, 1000, 1000, 720, 360, 250, 500}, {500, 1000, 1000, 0, 360, 500, 500},
-        {500, 100000, 10, 300, 300, 500, 1},
-    };
-    for (const auto& [size, width, height, x, y, previewWidth, previewHeight] : cases) {
-        const PreviewGeometry fit = FitBest(size, width, height, x, y);
-        EXPECT_EQ(fit.previewWidth, previewWidth) << width;
-        EXPECT_EQ(fit.previewHeight, previewHeight) << width;
-    }
-    const PreviewGeometry small = FitIntoBox(500, 400, 100, 100, 720, 360);
-    EXPECT_EQ(small.scaleX, 1);
-    EXPECT_EQ(small.scaleY, 1);
-    EXPECT_EQ(small.offsetX, 200);
-    EXPECT_EQ(small.offsetY, 150);
-}
-
-TEST(ConvertCmykToRgb, Bytes) {
-    convertCMYKtoRGB converter;
-    const unsigned char cmyk[4] = {255, 100, 0, 51};
-    unsigned char rgb[3];
-    converter.ConvertCMYKBytes(cmyk, rgb);
-    EXPECT_EQ(rgb[0], 0);
-    EXPECT_EQ(rgb[1], 124);
-    EXPECT_EQ(rgb[2], 204);
-    converter.ConvertCMY(cmyk, rgb);
-    EXPECT_EQ(rgb[1], 155);
-    converter.ConvertCMYK(300, 99.9, 0, 0.5, rgb, rgb + 1, rgb + 2);
-    EXPECT_EQ(rgb[0], 0);
-    EXPECT_EQ(rgb[1], 255 - 100);
-    EXPECT_EQ(rgb[2], 255);
-}
-
 }  // namespace

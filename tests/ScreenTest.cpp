@@ -1,10 +1,8 @@
-// Screens as they come out: angle, frequency and ink of every dot shape, in a plot as in a row.
-
-#include <png.h>
+// Screens as they come out: angle, frequency and ink of every dot shape, and what is told of
+// faults.
 
 #include <array>
 #include <limits>
-#include <nlohmann/json.hpp>
 #include <numeric>
 
 #include "DriverHostFixture.h"
@@ -14,8 +12,6 @@
 #include "halftone/ReadScreeningParams.h"
 
 namespace {
-
-using nlohmann::json;
 
 /// Pixels of one tint, 0 or 1 each, by the packed rows.
 std::vector<uint8_t> Tint(const DotScreen& screen, uint8_t amount, std::size_t side) {
@@ -96,80 +92,6 @@ TEST(DotScreen, RowsOfAnyWidthAndWhatCannotBeMade) {
           ScreenGeometry{720, 720, kNone, 0}, ScreenGeometry{720, 720, 55, kNone},
           ScreenGeometry{0, 720, 55, 0}})
         EXPECT_THROW(DotScreen(geometry, FindDotShape("Round")), HostError);
-}
-
-/// A picture's pixels, 1 where it is not the paper at the row's left end.
-std::vector<uint8_t> ReadInk(const fs::path& path, std::size_t& width) {
-    png_image image = {};
-    image.version = PNG_IMAGE_VERSION;
-    if (png_image_begin_read_from_file(&image, path.c_str()) == 0) return {};
-    image.format = PNG_FORMAT_RGB;
-    width = image.width;
-    std::vector<uint8_t> rgb(PNG_IMAGE_SIZE(image));
-    png_image_finish_read(&image, nullptr, rgb.data(), 0, nullptr);
-    std::vector<uint8_t> ink;
-    for (std::size_t i = 0; i < rgb.size(); i += 3) {
-        const std::size_t rowStart = i / (width * 3) * width * 3;
-        ink.push_back(std::equal(&rgb[i], &rgb[i] + 3, &rgb[rowStart]) ? 0 : 1);
-    }
-    return ink;
-}
-
-TEST_F(DriverHost, HalftonePlotsTheScreensThatItAnswers) {
-    const struct {
-        const char* Model;
-        Arguments More;
-        double FinestResolution;
-        const char* File;
-        const char* Entries;
-    } kRows[] = {
-        {"Fenland R4",
-         {"--resolution", "720x360"},
-         720,
-         "Halftone/FenlandR4Screening.xml",
-         "Model Fenland R4;Media Default;PrintMode Default;Resolution 1;ColorMode Default;"},
-        {"Fenland F8",
-         {"--color-mode", "4"},
-         300,
-         "Halftone/FenlandF8Screening.xml",
-         "Model Fenland F8;Media Default;PrintMode Default;Resolution 0;ColorMode 4,5;"},
-    };
-    for (const auto& row : kRows) {
-        Arguments arguments = {"halftone", row.Model, "--manufacturer", "FENLAND",
-                               "--json",   "--plot",  "plot.png"};
-        arguments.insert(arguments.end(), row.More.begin(), row.More.end());
-        const Outcome shown = Host(arguments);
-        ASSERT_EQ(shown.Status, 0) << shown.Output;
-        const json answer = json::parse(shown.Output);
-        const json& source = answer.at("screening").at("source");
-        EXPECT_TRUE(source.at("file").get<std::string>().ends_with(row.File)) << source;
-        std::string entries;
-        for (const json& entry : source.at("entries"))
-            entries += entry.at("element").get<std::string>() + ' ' +
-                       entry.at("id").get<std::string>() + ';';
-        EXPECT_EQ(entries, row.Entries);
-
-        std::size_t width = 0;
-        const std::vector<uint8_t> picture = ReadInk(Path("plot.png"), width);
-        const json& screens = answer.at("screening").at("screens");
-        ASSERT_EQ(answer.at("plot").at("strips").size(), screens.size());
-        for (std::size_t ink = 0; ink < screens.size(); ++ink) {
-            SCOPED_TRACE(fmt::format("{} {}", row.Model, screens[ink].dump()));
-            const json& strip = answer.at("plot").at("strips")[ink];
-            const std::size_t first = strip.at("firstRow");
-            constexpr std::size_t kWide = 512;
-            constexpr std::size_t kHigh = 128;
-            std::vector<uint8_t> part;
-            for (std::size_t y = first; y < first + kHigh; ++y) {
-                const auto start =
-                    picture.begin() + static_cast<std::ptrdiff_t>(y * width + width / 8);
-                part.insert(part.end(), start, start + kWide);
-            }
-            const Peak peak = FindPeak(part, kWide, row.FinestResolution, row.FinestResolution);
-            EXPECT_LT(AngleBetween(peak.Angle, screens[ink].at("angle")), 1);
-            EXPECT_NEAR(peak.Frequency / screens[ink].at("frequency").get<double>(), 1, 0.05);
-        }
-    }
 }
 
 TEST_F(DriverHost, HalftoneTellsWhatIsWrong) {

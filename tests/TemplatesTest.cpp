@@ -1,6 +1,6 @@
 // What `driverhost header`, `ticket` and `check` say of templates.
 
-#include <sstream>
+#include <array>
 
 #include "DriverHostFixture.h"
 
@@ -16,10 +16,8 @@ constexpr LineCase kHeaderLines[] = {
     {"\xEF\xBB\xBFint8,1", "1: error: a byte order mark"},
     {"//ql comment, with a comma", ""},
     {"int32,QL_WIDTH+1 //ql all is well", ""},
-    {"int8,-5", ""},
     {"int8,+.5e1", ""},
     {"int16,0xFFFF", ""},
-    {"double,.25", ""},
     {"char,[6]//ql zeros", ""},
     {"int32,QL_WIDHT", "7: error: no keyword \"QL_WIDHT\" (did you mean \"QL_WIDTH\"?)"},
     {"int32,QL_WIDTH ", "7: error: no keyword \"QL_WIDTH \": blanks belong"},
@@ -27,24 +25,20 @@ constexpr LineCase kHeaderLines[] = {
     {"int32,ql_width", "7: error: \"ql_width\" is no keyword"},
     {"int32, QL_WIDTH", "7: error: a blank stands before the keyword"},
     {"int32,wide", "7: error: \"wide\" is no number: 0 is stored"},
-    {"int8,*5", "6: error: \"\" is no number"},
     {"int33,5", "1: error: no type \"int33\" (did you mean \"int32\"?)"},
     {" int8,5", "1: error: a blank stands before the type"},
     {"int16x,5", "1: warning: the type \"int16x\" counts as int16"},
     {"width, height", "1: warning: no type before the comma"},
     {"text", "1: warning: no comma"},
     {"int8,12mm", "6: warning: only the number that \"12mm\" begins with"},
-    {"int16,1.5", "7: warning: only the number"},
     {"int8,0x1G", "6: warning: only the hexadecimal number"},
     {"int8,256", "6: warning: \"256\" does not fit into int8"},
-    {"int16,0x12345", "7: warning: \"0x12345\" does not fit into int16"},
     {"double,1.5e-3", "8: error: an exponent has no sign: 1.5 is read, then - \"3\""},
     {"int8,7+0.5", "8: warning: the operand 0.5 counts as 0 in int8"},
     {"float,7/0", "9: warning: a division by 0"},
     {"float,7+x", "9: warning: the operand \"x\" is no number"},
     {"char,5", "6: error: char without ']'"},
     {"char,[601]x", "6: error: the size is not from 1 to 600"},
-    {"char,(3]x", "6: warning: the size"},
     {"char,[2]ABC", "9: warning: the text has 3 bytes: 2 of them"},
     {"char,[3]QL_WIDTH", "9: warning: \"QL_WIDTH\" is no text: 3 zeros"},
     {"char,[3]A //ql", "10: warning: the blanks between the text and the comment"},
@@ -54,18 +48,7 @@ constexpr LineCase kHeaderLines[] = {
     {"char,[600]", "1: error: the field does not fit: the header has room for 2000 bytes"},
 };
 
-class Templates : public DriverHost {
-  protected:
-    /// Lines of what a command prints that name a place in the file, without its name.
-    static std::vector<std::string> Found(const Outcome& outcome, const std::string& file) {
-        std::vector<std::string> found;
-        std::istringstream lines(outcome.Output);
-        for (std::string line; std::getline(lines, line);)
-            if (line.starts_with(file + ':') && !line.starts_with(file + ": "))
-                found.push_back(line.substr(file.size() + 1));
-        return found;
-    }
-};
+using Templates = DriverHost;
 
 TEST_F(Templates, AreReadLineByLine) {
     fs::create_directory(Path("HeaderTemplates"));
@@ -81,12 +64,8 @@ TEST_F(Templates, AreReadLineByLine) {
     }
     Write(file, text);
     // Both commands say the same.
-    for (const char* const command : {"check", "header"}) {
-        const std::vector<std::string> found = Found(Host({command, file}), file);
-        ASSERT_EQ(found.size(), due.size()) << command;
-        for (std::size_t i = 0; i < due.size(); ++i)
-            EXPECT_TRUE(found[i].starts_with(due[i])) << found[i] << '\n' << due[i];
-    }
+    for (const char* const command : {"check", "header"})
+        ExpectFound(FoundIn(file, Host({command, file})), due);
     const std::pair<std::string, std::string> others[] = {
         {"int8,12\nint8,34\n", "1:7: error: the line ends with LF where CR LF is due"},
         {"text //ql\n", "1:1: warning: no line gives a field: no header"},
@@ -99,13 +78,10 @@ TEST_F(Templates, AreReadLineByLine) {
             EXPECT_TRUE(Contains(Host({command, file}).Output, file + ':' + found)) << found;
     }
     Write("JobTicketTemplates/t.xml", "QL_TILES\r\nQL_COPYS QL_TILES QL_COPIESX");
-    EXPECT_EQ(
-        Found(Host({"check", "JobTicketTemplates/t.xml"}), "JobTicketTemplates/t.xml"),
-        (std::vector<std::string>{
-            "2:1: warning: no keyword \"QL_COPYS\" (did you mean \"QL_COPIES\"?): it stays as "
-            "it is",
-            "2:10: warning: only the first QL_TILES is replaced: this one stays as it is",
-            "2:19: warning: of \"QL_COPIESX\" only QL_COPIES is replaced"}));
+    ExpectFound(FoundIn("JobTicketTemplates/t.xml", Host({"check", "JobTicketTemplates/t.xml"})),
+                std::array{"2:1: warning: no keyword \"QL_COPYS\" (did you mean \"QL_COPIES\"?)",
+                           "2:10: warning: only the first QL_TILES is replaced",
+                           "2:19: warning: of \"QL_COPIESX\" only QL_COPIES is replaced"});
 }
 
 TEST_F(Templates, HeaderShowsFieldsAndComparesAFile) {
@@ -147,14 +123,11 @@ TEST_F(Templates, HeaderShowsFieldsAndComparesAFile) {
     const std::tuple<Arguments, int, const char*> refused[] = {
         {{"header", "bad"}, 1, "bad:2:6: error: "},
         {{"header", "none.txt"}, 2, "there is no template none.txt"},
-        {{"header", "."}, 1, "cannot be read"},
         {{"header", "t", "--file", "none"}, 1, "none cannot be read"},
         {{"header", "t", "--set", "QL_WIDHT=1"}, 2, "did you mean \"QL_WIDTH\""},
-        {{"header", "t", "--set", "QL_WIDTH"}, 2, "is not NAME=VALUE"},
         {{"header", "t", "--set", "QL_WIDTH=1x"}, 2, "\"1x\" is no number for QL_WIDTH"},
         {{"header", "t", "--page", "none"}, 1, "none does not exist"},
         {{"ticket", "t", "--set", "QL_TILES=1,2"}, 2, "QL_TILES takes PAGE,ROW,COLUMN"},
-        {{"ticket", "."}, 1, "cannot be read"},
     };
     for (const auto& [arguments, status, part] : refused) {
         const Outcome outcome = Host(arguments);

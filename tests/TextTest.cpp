@@ -1,7 +1,6 @@
 #include "host/Text.h"
 
 #include <gtest/gtest.h>
-#include <locale.h>
 
 #include <cstdlib>
 #include <limits>
@@ -9,8 +8,6 @@
 #include <string>
 
 #include "TestFolder.h"
-#include "host/ALocaleSwitcher.h"
-#include "host/GetZeColorValue.h"
 #include "host/Numbers.h"
 #include "host/QL_LOG.h"
 #include "platform/CodePage.h"
@@ -41,15 +38,6 @@ TEST(Numbers, LeadingDecimalAndAtoi) {
     EXPECT_EQ(LeadingDecimal(std::string_view("123", 2)), 12) << "not beyond the view";
 }
 
-TEST(Text, FieldsAreCutAndZeroFilled) {
-    std::string field(6, 'x');
-    CopyText(field.data(), 6, "abcdefgh");
-    EXPECT_EQ(field, std::string("abcde\0", 6));
-    CopyText(field.data(), 6, "abcd", 2);
-    EXPECT_EQ(field, std::string("ab\0\0\0\0", 6));
-    EXPECT_FALSE(EqualsIgnoringCase("[\xC4", "{\xE4")) << "in ASCII letters alone";
-}
-
 TEST(CodePage, ConvertsBothWays) {
     const std::string lengthy(5000, 'x');
     for (const auto& [codePage, ansi, utf8] : {
@@ -73,18 +61,6 @@ TEST(CodePage, WhatHasNoCounterpartIsAQuestionMark) {
     unsetenv("QL_CODE_PAGE");
     EXPECT_EQ(AnsiToUtf8("a\xFFz"), "a?z");
     EXPECT_EQ(Utf8ToAnsi("a\xE4z\xE2\x82"), "a?z??");
-}
-
-TEST(GetZeColorValue, KnowsTheUsualInks) {
-    for (const auto& [name, color] : {std::pair{"Cyan", 0xFFFF00U},  // 0x00BBGGRR
-                                      {"MAGENTA", 0xFF00FFU},
-                                      {"yellow", 0x00FFFFU},
-                                      {"White", 0xFFFFFFU},
-                                      {"SPOT 1", 0x9443BCU}}) {  // the same in every run
-        EXPECT_EQ(GetZeColorValue(name), color) << name;
-    }
-    EXPECT_EQ(GetZeColorValue("light Cyan"), GetZeColorValue("L_c"));
-    EXPECT_NE(GetZeColorValue("Spot 1"), GetZeColorValue("Spot 2"));
 }
 
 TEST(QL_LOG, GoesToStandardErrorWithoutAFile) {

@@ -54,14 +54,6 @@ TEST_F(ContainerFaultsTest, JobFiles) {
     EXPECT_EQ(Output("Proof_C2.raw"), ChannelBytes(page, "C2"));
 }
 
-TEST_F(ContainerFaultsTest, ColorModesThatDoNotExist) {
-    for (const int16_t mode : {int16_t{1}, int16_t{-1}, int16_t{32767}}) {
-        MakeJob({page}, {.ColorMode = mode});
-        Answers();  // whatever they are, nothing is printed
-        EXPECT_TRUE(Listing(folder.Out()).empty()) << mode;
-    }
-}
-
 TEST_F(ContainerFaultsTest, FilesThatAreNoContainer) {
     WriteText(JobFile(), JobFileBytes());
     ExpectOpenFails("no container");
@@ -74,16 +66,6 @@ TEST_F(ContainerFaultsTest, FilesThatAreNoContainer) {
         EXPECT_EQ(folder.Log(), log);
     }
     EXPECT_TRUE(Listing(folder.Out()).empty());
-}
-
-/// Numbers the pages from `first` on, of `count`; without a number when that is below 0.
-AlterDirectory Numbered(int first, int count) {
-    return [=](TIFF* tiff, std::size_t page, std::size_t /*separation*/) {
-        TIFFUnsetField(tiff, TIFFTAG_PAGENUMBER);
-        if (first >= 0) {
-            TIFFSetField(tiff, TIFFTAG_PAGENUMBER, first + static_cast<int>(page), count);
-        }
-    };
 }
 
 // Pages before a damaged one are complete, the job ends with it, and nothing of it looks like a
@@ -107,11 +89,6 @@ TEST_F(ContainerFaultsTest, DamagedPages) {
     const Row rows[] = {
         {"no image", noImage, 1, "1110"},
         {"rows that are not there", tooManyRows, 1, "11110"},
-        {"numbered from 1", Numbered(1, 3), 0, "0"},
-        {"count of 0", Numbered(0, 0), 3, "1111111111"},
-        {"count too small", Numbered(0, 2), 2, "1111111"},
-        {"count too large", Numbered(0, 5), 3, "1111111110"},
-        {"no numbers", Numbered(-1, 0), 1, "1111"},  // all directories are one page
     };
     Texts log;
     for (const Row& row : rows) {

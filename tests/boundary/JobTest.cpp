@@ -85,31 +85,6 @@ TEST_F(JobTest, CustomColorMode) {
     }
 }
 
-TEST_F(JobTest, JobsOneAfterAnotherOnOneDriver) {
-    Model model = NumberedModel(5, "CreateFolder=\"No\"");
-    model.ColorModes = {{0, 1}, {4, 2, 0, 3}, {1}};
-    Install(Describe(model));
-    const std::pair<int16_t, Texts> modes[] = {{1, {"C5", "C3", "C1", "C4"}},
-                                               {0, {"C1", "C2"}},
-                                               {2, {"C2"}},
-                                               {1, {"C5", "C3", "C1", "C4"}}};
-    uint32_t seed = 0;
-    for (const auto& [mode, colorants] : modes) {
-        SCOPED_TRACE(++seed);
-        EmptyOutputFolder();
-        const Page page = NumberedPage(100, 9, 4, seed);
-        ASSERT_TRUE(Print({page}, "Proof.ps", {.ColorMode = mode}));
-        EXPECT_EQ(Listing(folder.Out()).size(), colorants.size());
-        for (const std::string& colorant : colorants) {
-            // The only colorant of a mode has a file of the job's name.
-            const bool isOnly = colorants.size() == 1;
-            EXPECT_EQ(Output(isOnly ? "Proof" : fmt::format("Proof_{}.raw", colorant)),
-                      ChannelBytes(page, colorant))
-                << colorant;
-        }
-    }
-}
-
 // Pages beyond the tiles belong to the last one: its folder cannot be made a second time, unless
 // the host has taken it away.
 TEST_F(JobTest, TileFolders) {

@@ -89,18 +89,4 @@ TEST_F(OptionsTest, BlocksDifferByTheirFirstByte) {
     EXPECT_EQ(driver->Call(kAreOptionsDifferent, &a, &b), 1);
 }
 
-// Of a file that is gone, and of a name that leads out of the folder to a file that stands.
-TEST_F(OptionsTest, AJobMakesAFileWhereItsOwnIsNone) {
-    WriteText(folder.Options().parent_path() / "QL_DROP_out.xml", "kept");
-    std::size_t fileCount = 0;
-    for (const char* name : {"..\\QL_DROP_out.xml", "QL_DROP_gone.xml"}) {
-        JobChoices choices;
-        choices.Options = Block(3, name);
-        ASSERT_TRUE(Print({NumberedPage(8, 2, 4, 1)}, "Proof.ps", choices));
-        EXPECT_EQ(Listing(folder.Options()).size(), fileCount++) << name;
-    }
-    ExpectNewFile(Block(3, Listing(folder.Options()).at(0)));
-    EXPECT_EQ(ReadText(folder.Options().parent_path() / "QL_DROP_out.xml"), "kept");
-}
-
 }  // namespace

@@ -105,7 +105,6 @@ TEST_F(WhiteTest, OtherTypesPrintWhatStandsReady) {
         {"", "aaaabb", "aaaabbaa"},
         {"PrinterDirection=\"YES\"", "aaaabbbbcccc", "ccccbbbb"},
         {"PrinterDirection=\"YES\"", "xaaaabbbb", "bbbbaaaa"},
-        {"PrinterDirection=\"YES\"", "abc", ""},
     };
     for (const auto& [more, ready, white] : cases) {
         Install(WhiteModel(2, Rules("4|A;4;1", more)));
