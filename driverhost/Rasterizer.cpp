@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <system_error>
@@ -12,6 +11,7 @@
 
 #include "driverhost/HostError.h"
 #include "driverhost/WorkFolder.h"
+#include "host/Numbers.h"
 #include "platform/Program.h"
 
 namespace fs = std::filesystem;
@@ -136,7 +136,7 @@ void Rasterizer::ConvertPostScript(const fs::path& program) {
     // A program that shows nothing leaves a blank page.
     const std::size_t label = log.rfind(kPageCountLabel);
     if (label != std::string::npos &&
-        std::atol(log.c_str() + label + std::string_view(kPageCountLabel).size()) == 0)
+        Atoi(std::string_view(log).substr(label + std::string_view(kPageCountLabel).size())) == 0)
         throw HostError(kFailed, "the PostScript shows no page");
 }
 

@@ -27,7 +27,8 @@ void BMP_Writer::Create(const AString& name, int width, int height) {
 
 void BMP_Writer::SetPixel(int x, int y, unsigned char r, unsigned char g, unsigned char b) {
     if (!IsInside(x, y)) return;
-    uint8_t* const pixel = rows_[static_cast<std::size_t>(y)].data() + kPixelBytes * x;
+    uint8_t* const pixel =
+        rows_[static_cast<std::size_t>(y)].data() + std::ptrdiff_t{kPixelBytes} * x;
     pixel[0] = b;
     pixel[1] = g;
     pixel[2] = r;

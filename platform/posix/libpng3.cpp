@@ -53,7 +53,7 @@ PLATFORM_EXPORT png_structp PNGAPI png_create_write_struct(png_const_charp versi
     static const auto create =
         Installed<png_structp(png_const_charp, png_voidp, png_error_ptr, png_error_ptr)>(
             "png_create_write_struct");
-    const png_structp png = create(PNG_LIBPNG_VER_STRING, nullptr, &JumpOut, &IgnoreWarning);
+    png_struct* const png = create(PNG_LIBPNG_VER_STRING, nullptr, &JumpOut, &IgnoreWarning);
     if (png == nullptr) return nullptr;
     // A preview of halftoned ink is noise, on which libpng's own choices take longer than all else
     // that a page's preview costs, for files that are hardly smaller.
