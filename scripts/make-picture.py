@@ -5,8 +5,14 @@ the inks printed over each other, and each channel by itself. With a place, the 
 
     scripts/make-picture.py FOLDER/harbour docs/demo.png
     scripts/make-picture.py build/demo/printed/roll/harbour/harbour docs/screens.png 560 930
+
+With --preview: the artwork, drawn by Ghostscript at 52 dpi, and the preview that lies beside the channels.
+
+    scripts/make-picture.py --preview build/demo/artwork/harbour.pdf \
+        build/demo/printed/roll/harbour/harbour_preview.png docs/preview.png
 """
 import struct
+import subprocess
 import sys
 import zlib
 
@@ -84,7 +90,54 @@ def write_dots(prefix, target, left, top):
     write_png(target, len(picture[0]) // 3, picture)
 
 
+def read_png(data):
+    """Rows of red, green and blue of a picture of 8 bits a sample that is not interlaced."""
+    width, at, body = struct.unpack_from(">I", data, 16)[0], 8, b""
+    while at < len(data):
+        (size,) = struct.unpack_from(">I", data, at)
+        if data[at + 4:at + 8] == b"IDAT":
+            body += data[at + 8:at + 8 + size]
+        at += 12 + size
+    body = zlib.decompress(body)
+    line = width * 3
+    rows, above = [], bytes(line)
+    for start in range(0, len(body), line + 1):
+        row = bytearray(body[start + 1:start + 1 + line])
+        for i in range(line):
+            a, b, c = (row[i - 3], above[i], above[i - 3]) if i >= 3 else (0, above[i], 0)
+            paeth = min((abs(b - c), 0, a), (abs(a - c), 1, b), (abs(a + b - 2 * c), 2, c))[2]
+            row[i] = row[i] + (0, a, b, (a + b) // 2, paeth)[body[start]] & 255
+        rows.append(bytes(row))
+        above = row
+    return rows
+
+
+def shrink_colors(rows, width, height):
+    """The picture in another size: each pixel the mean of those that it stands for."""
+    def mean(y, x, sample):
+        squares = [rows[v][3 * u + sample]
+                   for v in range(y * len(rows) // height, max((y + 1) * len(rows) // height, 1))
+                   for u in range(x * len(rows[0]) // 3 // width, (x + 1) * len(rows[0]) // 3 // width)]
+        return sum(squares) // len(squares) & 0xF8  # a smaller file
+    return [bytes(mean(y, x, i) for x in range(width) for i in range(3)) for y in range(height)]
+
+
+def write_preview(artwork, preview, target):
+    """The artwork and the preview side by side, in a third of the preview's size."""
+    drawn = subprocess.run(["gs", "-q", "-dBATCH", "-dNOPAUSE", "-dTextAlphaBits=4", "-dGraphicsAlphaBits=4",
+                            "-r52", "-sDEVICE=png16m", "-sOutputFile=-", artwork],
+                           check=True, stdout=subprocess.PIPE).stdout
+    shown = read_png(open(preview, "rb").read())
+    width, height = len(shown[0]) // 9, len(shown) // 3
+    parts = [shrink_colors(rows, width, height) for rows in (read_png(drawn), shown)]
+    gap = b"\xff\xff\xff" * 4 * GAP
+    write_png(target, 2 * width + 4 * GAP, [left + gap + right for left, right in zip(*parts)])
+
+
 def main():
+    if sys.argv[1] == "--preview":
+        write_preview(*sys.argv[2:])
+        return
     prefix, target, *place = sys.argv[1:]
     if place:
         write_dots(prefix, target, *map(int, place))
