@@ -18,6 +18,10 @@ namespace {
 /// nothing beside the copying, small enough to stay in the processor's cache.
 constexpr uint64_t kBlockBytes = uint64_t{256} * 1024;
 
+/// What the system gets at a time, and whole multiples of it straight from a block: writes that
+/// start at such multiples in the file cost it a tenth less than others.
+constexpr std::size_t kStreamBytes = std::size_t{128} * 1024;
+
 /// The format that the arguments ask for; nothing when there can be no such file.
 std::optional<ChannelFormat> CheckedFormat(uint32_t width, uint32_t height, double xResolution,
                                            double yResolution, int bits) {
@@ -49,14 +53,15 @@ bool IsTiffName(std::string_view path) {
 struct ExportBitmap::File {
     File(const char* name, Stream opened, const ChannelFormat& channelFormat)
         : path(name), format(channelFormat), stream(std::move(opened)) {
-        // Blocks go straight to the system: no second buffer, and no failure kept for later.
-        std::setvbuf(stream.get(), nullptr, _IONBF, 0);
+        std::setvbuf(stream.get(), streamBuffer.data(), _IOFBF, kStreamBytes);
         writer = IsTiffName(path) ? MakeTiffWriter(stream.get(), format)
                                   : MakeRawWriter(stream.get(), format);
     }
 
     /// Takes `count` lines of `data`, which the height has room for.
     bool Take(const uint8_t* data, uint32_t count) {
+        if (lines == 0)
+            ReserveSpace(stream.get(), static_cast<int64_t>(format.lineBytes * format.height));
         while (count > 0) {
             const uint32_t taken = std::min(count, format.blockLines - gatheredLines);
             if (taken == format.blockLines) {
@@ -76,6 +81,7 @@ struct ExportBitmap::File {
     bool Close() {
         const bool complete = lines == 0 || (WriteGathered() && writer->Complete());
         writer.reset();
+        if (lines < format.height) ReleaseSpace(stream.get());
         return std::fclose(stream.release()) == 0 && complete;
     }
 
@@ -86,7 +92,8 @@ struct ExportBitmap::File {
 
     std::string path;
     ChannelFormat format;
-    Stream stream;  // null once closed
+    std::vector<char> streamBuffer = std::vector<char>(kStreamBytes);  // of the stream
+    Stream stream;                                                     // null once closed
     std::unique_ptr<ChannelWriter> writer;
     uint32_t lines = 0;  // received
     bool hasFailed = false;

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -13,7 +14,9 @@ class FileClient final : public TiffClient {
     explicit FileClient(std::FILE* file) : file_(file) {}
 
     tmsize_t Read(void* data, tmsize_t count) override {
-        return static_cast<tmsize_t>(std::fread(data, 1, static_cast<std::size_t>(count), file_));
+        const std::size_t got = std::fread(data, 1, static_cast<std::size_t>(count), file_);
+        position_ += static_cast<std::int64_t>(got);
+        return static_cast<tmsize_t>(got);
     }
     tmsize_t Write(void* data, tmsize_t count) override {
         // Nothing follows a failed write: a directory behind a gap would make the file look whole.
@@ -21,26 +24,30 @@ class FileClient final : public TiffClient {
         const std::size_t wanted = static_cast<std::size_t>(count);
         const std::size_t written = std::fwrite(data, 1, wanted, file_);
         if (written != wanted) hasFailed_ = true;
+        position_ += static_cast<std::int64_t>(written);
+        size_ = std::max(size_, position_);
         return static_cast<tmsize_t>(written);
     }
     toff_t Seek(toff_t offset, int origin) override {
-        if (!SeekStream(file_, static_cast<std::int64_t>(offset), origin)) {
+        const std::int64_t from = origin == SEEK_SET ? 0 : origin == SEEK_CUR ? position_ : size_;
+        const std::int64_t position = from + static_cast<std::int64_t>(offset);
+        // libtiff seeks to the end before each strip; a stream that moves hands its buffer to the
+        // system, and blocks would lose their alignment.
+        if (position != position_ && !SeekStream(file_, position, SEEK_SET)) {
             hasFailed_ = true;
             return static_cast<toff_t>(-1);
         }
-        return static_cast<toff_t>(TellStream(file_));
+        position_ = position;
+        return static_cast<toff_t>(position_);
     }
-    toff_t Size() override {
-        const std::int64_t position = TellStream(file_);
-        const toff_t size = Seek(0, SEEK_END);
-        SeekStream(file_, position, SEEK_SET);
-        return size;
-    }
+    toff_t Size() override { return static_cast<toff_t>(size_); }
 
     bool HasFailed() const { return hasFailed_; }
 
   private:
     std::FILE* file_;
+    std::int64_t position_ = 0;
+    std::int64_t size_ = 0;
     bool hasFailed_ = false;
 };
 

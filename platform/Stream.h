@@ -17,3 +17,10 @@ Stream OpenStream(const char* path, const char* mode);
 /// fseek and ftell with 64-bit offsets. False / -1 on failure.
 bool SeekStream(std::FILE* stream, std::int64_t offset, int origin);
 std::int64_t TellStream(std::FILE* stream);
+
+/// Has the file system find room for a file of so many bytes at once, which costs less than a block
+/// at a time as it grows; the file's size stays. Where there is no room, or no such call, nothing
+/// happens, and the write that does not fit fails as ever.
+void ReserveSpace(std::FILE* stream, std::int64_t bytes);
+/// Gives back what is reserved behind the file's end.
+void ReleaseSpace(std::FILE* stream);

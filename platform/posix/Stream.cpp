@@ -45,3 +45,18 @@ bool SeekStream(std::FILE* stream, std::int64_t offset, int origin) {
 std::int64_t TellStream(std::FILE* stream) {
     return ftello(stream);
 }
+
+void ReserveSpace(std::FILE* stream, std::int64_t bytes) {
+#ifdef FALLOC_FL_KEEP_SIZE
+    // Not posix_fallocate, which writes zeros where the file system cannot reserve. A reservation
+    // that runs out of room may keep what it got.
+    if (bytes > 0 && fallocate(fileno(stream), FALLOC_FL_KEEP_SIZE, 0, bytes) != 0)
+        ReleaseSpace(stream);
+#endif
+}
+
+void ReleaseSpace(std::FILE* stream) {
+    struct stat status = {};
+    if (std::fflush(stream) != 0 || fstat(fileno(stream), &status) != 0) return;
+    [[maybe_unused]] const int ignored = ftruncate(fileno(stream), status.st_size);
+}

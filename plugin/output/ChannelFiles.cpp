@@ -4,6 +4,13 @@
 
 #include "PrinterDriver/Common/Xsrc/JobFault.h"
 
+namespace {
+
+/// Planes of one value are written from a block of about this size over and over.
+constexpr int32_t kBlankBytes = 256 * 1024;
+
+}  // namespace
+
 void ChannelFiles::StartPage(const ChannelShape& shape, const PageFolder& folder,
                              ChannelNaming naming, int32_t channelCount) {
     Abandon();
@@ -12,7 +19,6 @@ void ChannelFiles::StartPage(const ChannelShape& shape, const PageFolder& folder
     naming_ = std::move(naming);
     reversedPath_ = AFilePath().Append("Temp").Append("channel_data");
     written_.assign(static_cast<std::size_t>(std::max(channelCount, 0)), 0);
-    lineBuffer_.assign(static_cast<std::size_t>(shape_.lineBytes), 0);
 }
 
 bool ChannelFiles::IsWritten(int32_t channel) const {
@@ -43,7 +49,10 @@ bool ChannelFiles::Open(uint32_t separation, int32_t channel, const AString& nam
     }
     open_.push_back({separation, CreateExporter(naming_.FileName(channel, name))});
     // Without the temporary file the channel is written top line first.
-    if (first && shape_.bottomLineFirst) reversed_.Start(reversedPath_);
+    if (first && shape_.bottomLineFirst) {
+        const auto channels = shape_.lineInterleaved ? static_cast<int64_t>(written_.size()) : 1;
+        reversed_.Start(reversedPath_, int64_t{shape_.lineBytes} * shape_.heightLines * channels);
+    }
     return true;
 }
 
@@ -82,9 +91,12 @@ bool ChannelFiles::WriteBlank(int32_t channel, const AString& name, uint8_t fill
 
 bool ChannelFiles::WritePlane(const AString& fileName, uint8_t fill) {
     const std::unique_ptr<ExportBitmap> exporter = OpenPlane(fileName);
-    std::fill(lineBuffer_.begin(), lineBuffer_.end(), fill);
-    for (int32_t line = 0; line < shape_.heightLines; ++line) {
-        if (exporter->WriteBand(1, shape_.lineBytes, lineBuffer_.data()) == 0) return false;
+    const int32_t blockLines = std::clamp(kBlankBytes / shape_.lineBytes, 1, shape_.heightLines);
+    const auto lineBytes = static_cast<std::size_t>(shape_.lineBytes);
+    const std::vector<uint8_t> block(static_cast<std::size_t>(blockLines) * lineBytes, fill);
+    for (int32_t line = 0; line < shape_.heightLines; line += blockLines) {
+        const int32_t lines = std::min(blockLines, shape_.heightLines - line);
+        if (exporter->WriteBand(lines, shape_.lineBytes, block.data()) == 0) return false;
     }
     return true;
 }

@@ -76,5 +76,4 @@ class ChannelFiles {
     std::vector<uint8_t> written_;  ///< one flag a channel
     std::vector<OpenChannel> open_;
     ReversedData reversed_;
-    std::vector<uint8_t> lineBuffer_;
 };

@@ -227,6 +227,7 @@ int32_t RTL::StartPage() {
     const int64_t lineBytes = LineSizeBytes(track_->OutputWidth, track_->MaximumBits);
     if (lineBytes > std::numeric_limits<int32_t>::max()) Raise(kOutputFailed);
     lineBytes_ = static_cast<int32_t>(lineBytes);
+    bandBytes_ = lineBytes_;
     if (model_.HasJobTicket != 0) WriteJobTicket();  // the page goes on without
     if (model_.HeaderAtEndRip == 0) WriteHeader();
     StartPreview();

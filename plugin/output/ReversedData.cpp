@@ -11,7 +11,7 @@ constexpr int64_t kBlockBytes = int64_t{256} * 1024;
 
 }  // namespace
 
-bool ReversedData::Start(const AFilePath& path) {
+bool ReversedData::Start(const AFilePath& path, int64_t bytes) {
     Discard();
     if (!path.isValid()) return false;
     path_ = path;
@@ -21,6 +21,7 @@ bool ReversedData::Start(const AFilePath& path) {
     hasFile_ = true;
     streamBuffer_.resize(kBlockBytes);
     std::setvbuf(stream_.get(), streamBuffer_.data(), _IOFBF, streamBuffer_.size());
+    ReserveSpace(stream_.get(), bytes);
     return true;
 }
 

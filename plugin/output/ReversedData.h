@@ -15,8 +15,9 @@ class ReversedData {
     ReversedData(const ReversedData&) = delete;
     ReversedData& operator=(const ReversedData&) = delete;
 
-    /// Starts an empty file. False, with nothing left behind, when it cannot be created.
-    bool Start(const AFilePath& path);
+    /// Starts an empty file, which is going to have about `bytes` bytes. False, with nothing left
+    /// behind, when it cannot be created.
+    bool Start(const AFilePath& path, int64_t bytes);
     bool IsOpen() const { return stream_ != nullptr; }
     /// Appends bytes; false when the file does not take them.
     bool Append(const uint8_t* data, std::size_t count);

@@ -47,6 +47,7 @@ bool WhiteInk::OpenFile() {
     // Whole blocks go to the system at once; a buffer would only copy them.
     std::setvbuf(stream_.get(), nullptr, _IONBF, 0);
     hasFile_ = true;
+    ReserveSpace(stream_.get(), int64_t{lineBytes_} * heightLines_);
     lines_.resize(static_cast<std::size_t>(blockLines_ * lineBytes_));
     return true;
 }
