@@ -49,15 +49,14 @@ class StripRows final : public RowSource {
 
     bool IsOpen() const { return handle_.Tiff() != nullptr; }
 
-    bool Read(uint32_t row, uint8_t* buffer) override {
+    const uint8_t* Row(uint32_t row) override {
         const uint32_t strip = row / format_.rowsPerStrip;
         if (!hasStrip_ || strip != stripIndex_) {
             hasStrip_ = Decode(strip);
             stripIndex_ = strip;
         }
-        if (!hasStrip_) return false;
-        std::memcpy(buffer, strip_.data() + (row % format_.rowsPerStrip) * rowBytes_, rowBytes_);
-        return true;
+        if (!hasStrip_) return nullptr;
+        return strip_.data() + (row % format_.rowsPerStrip) * rowBytes_;
     }
 
   private:
@@ -93,35 +92,39 @@ class ScanlineRows final : public RowSource {
   public:
     ScanlineRows(const RandomAccessFile& file, const ContainerDirectory& directory,
                  const SeparationFormat& format)
-        : format_(format), handle_(file, directory.offset), untouched_(format, 0) {}
+        : format_(format),
+          handle_(file, directory.offset),
+          untouched_(format, 0),
+          row_(static_cast<std::size_t>(format.RowBytes())) {}
 
     bool IsOpen() const { return handle_.Tiff() != nullptr; }
 
-    bool Read(uint32_t row, uint8_t* buffer) override {
+    const uint8_t* Row(uint32_t row) override {
         const uint32_t stripStart = row - row % format_.rowsPerStrip;
         if (row < nextRow_ || stripStart > nextRow_) nextRow_ = stripStart;
         for (; nextRow_ <= row; ++nextRow_) {
-            if (!Decode(nextRow_, buffer)) {
+            if (!DecodeNext()) {
                 nextRow_ = static_cast<uint32_t>(format_.rows);  // the next try starts afresh
-                return false;
+                return nullptr;
             }
         }
-        return true;
+        return row_.data();
     }
 
   private:
-    bool Decode(uint32_t row, uint8_t* buffer) {
+    bool DecodeNext() {
         // A few bytes may look untouched by chance.
         const bool canTell = format_.RowBytes() >= 16;
-        if (canTell) untouched_.PutInto(buffer);
+        if (canTell) untouched_.PutInto(row_.data());
         handle_.Client().ForgetComplaints();
-        return TIFFReadScanline(handle_.Tiff(), buffer, row, 0) == 1 &&
-               !handle_.Client().HasComplained() && !(canTell && untouched_.Is(buffer));
+        return TIFFReadScanline(handle_.Tiff(), row_.data(), nextRow_, 0) == 1 &&
+               !handle_.Client().HasComplained() && !(canTell && untouched_.Is(row_.data()));
     }
 
     const SeparationFormat& format_;
     ContainerHandle handle_;
     UntouchedRow untouched_;
+    std::vector<uint8_t> row_;
     uint32_t nextRow_ = 0;
 };
 

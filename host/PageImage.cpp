@@ -1,5 +1,6 @@
 #include "host/PageImage.h"
 
+#include <cstring>
 #include <utility>
 
 #include "host/ContainerHandle.h"
@@ -49,13 +50,18 @@ void PageImage::GetSeparations(AObList<AColorant>& separations) {
 
 int32_t PageImage::ReadRow(uint32_t separation, int32_t row, int32_t count, uint8_t* buffer,
                            int32_t /*reserved*/) {
-    if (separation >= separations_.size() || row < 0 || row >= Rows() || count != 1 ||
-        buffer == nullptr) {
-        return 0;
-    }
-    Separation& from = *separations_[separation];
-    if (from.rows == nullptr) from.rows = OpenRowSource(file_, from.directory, from.format);
-    if (from.rows == nullptr || !from.rows->Read(static_cast<uint32_t>(row), buffer)) return 0;
-    if (row == Rows() - 1) from.rows.reset();
+    const uint8_t* const from = count == 1 && buffer != nullptr ? Row(separation, row) : nullptr;
+    if (from == nullptr) return 0;
+    std::memcpy(buffer, from,
+                static_cast<std::size_t>(separations_[separation]->format.RowBytes()));
     return 1;
+}
+
+const uint8_t* PageImage::Row(uint32_t separation, int32_t row) {
+    if (separation >= separations_.size() || row < 0 || row >= Rows()) return nullptr;
+    Separation& from = *separations_[separation];
+    if (finished_ != nullptr && finished_ != &from) finished_->rows.reset();
+    if (from.rows == nullptr) from.rows = OpenRowSource(file_, from.directory, from.format);
+    finished_ = row == Rows() - 1 ? &from : nullptr;
+    return from.rows == nullptr ? nullptr : from.rows->Row(static_cast<uint32_t>(row));
 }

@@ -25,6 +25,7 @@ class PageImage final : public AImage {
     int32_t Rows() const override { return separations_.front()->format.rows; }
     int32_t ReadRow(uint32_t separation, int32_t row, int32_t count, uint8_t* buffer,
                     int32_t reserved) override;
+    const uint8_t* Row(uint32_t separation, int32_t row) override;
 
   private:
     struct Separation {
@@ -41,4 +42,5 @@ class PageImage final : public AImage {
 
     const RandomAccessFile& file_;
     std::vector<std::unique_ptr<Separation>> separations_;  // at least one
+    Separation* finished_ = nullptr;  // its last row was read, and may still be looked at
 };

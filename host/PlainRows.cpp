@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstring>
 #include <vector>
 
 #include "host/ContainerHandle.h"
@@ -23,13 +22,12 @@ class PlainRows final : public RowSource {
 
     bool IsOpen() const { return handle_.Tiff() != nullptr; }
 
-    bool Read(uint32_t row, uint8_t* buffer) override {
+    const uint8_t* Row(uint32_t row) override {
         if (row < firstRow_ || row >= firstRow_ + rowCount_) {
             // Rows before a damaged one are still good, so a block that fails is tried as one row.
-            if (!ReadBlock(row, blockRows_) && !ReadBlock(row, 1)) return false;
+            if (!ReadBlock(row, blockRows_) && !ReadBlock(row, 1)) return nullptr;
         }
-        std::memcpy(buffer, block_.data() + (row - firstRow_) * rowBytes_, rowBytes_);
-        return true;
+        return block_.data() + (row - firstRow_) * rowBytes_;
     }
 
   private:

@@ -11,9 +11,9 @@
 class RowSource {
   public:
     virtual ~RowSource() = default;
-    /// Reads row `row`, which the format has, into `buffer` of format.RowBytes() bytes. False when
-    /// the data is damaged or missing.
-    [[nodiscard]] virtual bool Read(uint32_t row, uint8_t* buffer) = 0;
+    /// The format.RowBytes() bytes of row `row`, which the format has, where they were read to:
+    /// they stay there until the next call. Null when the data is damaged or missing.
+    [[nodiscard]] virtual const uint8_t* Row(uint32_t row) = 0;
 };
 
 /// The source that suits the separation; null when its directory cannot be read or has not as many

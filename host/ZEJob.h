@@ -27,6 +27,9 @@ class AImage {
     /// is then undefined. Rows are read fastest in ascending order within a separation.
     virtual int32_t ReadRow(uint32_t separation, int32_t row, int32_t count, uint8_t* buffer,
                             int32_t reserved) = 0;
+    /// The same bytes where they were read to, uncopied: they stay there until the next row is
+    /// asked for. Null when the data is damaged or missing.
+    virtual const uint8_t* Row(uint32_t separation, int32_t row) = 0;
 };
 
 /// The job container: yields a job's pages.

@@ -346,13 +346,18 @@ int32_t APageBaseRTL::ProcessBandStep() {
 /// Reads the source row behind an output row and repeats its pixels where the page asks for it.
 const uint8_t* APageBaseRTL::ReadBand(uint32_t separation, int32_t row) {
     track_->SourceRow = row / track_->YRepeat;
+    const int32_t bits = track_->SeparationBits[separation];
+    const int64_t rowBits = int64_t{track_->SourceWidth} * bits;
+    const auto rowBytes = static_cast<int32_t>((rowBits + 7) / 8);
+    if (track_->XRepeat == 1 && rowBytes == bandBytes_) {  // a copy would add nothing
+        const uint8_t* const band = pageImage_->Row(separation, track_->SourceRow);
+        if (band == nullptr) Raise(kOutputFailed);
+        return band;
+    }
     if (pageImage_->ReadRow(separation, track_->SourceRow, 1, rowBuffer_.get(), 0) == 0) {
         Raise(kOutputFailed);
     }
-    const int32_t bits = track_->SeparationBits[separation];
-    const int64_t rowBits = int64_t{track_->SourceWidth} * bits;
     // A deeper separation before this one may have left more bytes than this row fills.
-    const auto rowBytes = static_cast<int32_t>((rowBits + 7) / 8);
     std::fill(rowBuffer_.get() + rowBytes, rowBuffer_.get() + track_->BytesPerSourceRow,
               uint8_t{0});
     if (track_->XRepeat == 1) return rowBuffer_.get();

@@ -29,7 +29,8 @@ class APageBaseRTL : public ABaseRTL {
     virtual int32_t NextPage(int32_t current);
     /// Moves to the next row to output; `*separation` becomes -1 behind the last.
     virtual int32_t NextBand(int32_t* separation, int32_t* row);
-    /// Outputs one row. `data` holds the row and zeros behind it, up to a row buffer's size.
+    /// Outputs one row. `data` holds the row and zeros behind it, up to a row buffer's size; a row
+    /// of bandBytes_ bytes has nothing behind it.
     virtual int32_t OutputBand(uint32_t separation, int32_t row, const uint8_t* data);
     virtual int32_t BeginChannel(uint32_t separation, int32_t row);
     virtual int32_t EndChannel(uint32_t separation, int32_t row);
@@ -43,6 +44,9 @@ class APageBaseRTL : public ABaseRTL {
 
     std::unique_ptr<PageInfo> pageInfo_;     ///< replaced by each OpenJob
     std::unique_ptr<JobTrackRecord> track_;  ///< replaced by each OpenJob
+    /// What OutputBand looks at of a row: source rows that fill it are handed on uncopied. 0: no
+    /// row is.
+    int32_t bandBytes_ = 0;
 
   private:
     void OpenContainer();
