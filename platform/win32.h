@@ -87,7 +87,7 @@ BOOL GetDiskFreeSpaceExA(const char* path, ULARGE_INTEGER* freeToCaller, ULARGE_
 /// that fails and leaves it as it is.
 BOOL CopyFileA(const char* from, const char* to, BOOL failIfExists);
 
-/// Milliseconds since the system started; wraps after 49.7 days.
+/// Milliseconds since the system started, in steps of up to 20; wraps after 49.7 days.
 DWORD GetTickCount();
 
 /// Shows a modal message in a window where windows can be opened, else on standard error, where

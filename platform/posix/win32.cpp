@@ -225,7 +225,13 @@ BOOL CopyFileA(const char* from, const char* to, BOOL failIfExists) {
 
 DWORD GetTickCount() {
     timespec now = {};
+#ifdef CLOCK_MONOTONIC_COARSE
+    // A page reads it with every row, and callers count in hundreds of milliseconds: the clock that
+    // ticks some hundred times a second is the cheaper one by far.
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+#else
     clock_gettime(CLOCK_MONOTONIC, &now);
+#endif
     const std::int64_t milliseconds = std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1000000;
     return static_cast<DWORD>(milliseconds);
 }

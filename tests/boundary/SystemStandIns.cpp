@@ -11,7 +11,7 @@
 extern "C" __attribute__((visibility("default"))) int clock_gettime(clockid_t clock,
                                                                     timespec* time) noexcept {
     static std::atomic<int64_t> nowMs = 0;
-    if (clock != CLOCK_MONOTONIC || clockStepMs == 0) {
+    if ((clock != CLOCK_MONOTONIC && clock != CLOCK_MONOTONIC_COARSE) || clockStepMs == 0) {
         return static_cast<int>(syscall(SYS_clock_gettime, clock, time));
     }
     const int64_t now = nowMs += clockStepMs;
