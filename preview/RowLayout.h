@@ -39,15 +39,13 @@ class RowLayout {
     void FillLanes(std::span<const uint8_t> row, uint8_t* lanes) const;
 
   private:
-    struct Cut {
-        std::size_t byte;
-        uint8_t mask;  ///< of the pixels before the border
-    };
     std::size_t CutLane(int64_t pixel);
 
     int32_t bits_;
     std::size_t rowBytes_;  ///< that hold pixels of the page
     std::size_t laneCount_ = 0;
-    std::vector<Cut> cuts_;
+    /// Of the lanes behind the row's bytes: the byte that is cut, and the pixels before the border.
+    std::vector<uint32_t> cutBytes_;
+    std::vector<uint8_t> cutMasks_;
     std::vector<Cell> cells_;
 };
