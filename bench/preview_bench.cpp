@@ -3,13 +3,13 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <ctime>
 #include <random>
 #include <vector>
 
 #include "DirectPreview.h"
+#include "Median.h"
 #include "preview/PreviewScaler.h"
 
 namespace {
@@ -41,11 +41,6 @@ double NanosecondsPerRow(int rows, AddRow&& addRow) {
     for (int row = 0; row < rows; ++row)
         addRow(row);
     return static_cast<double>(std::clock() - start) * 1e9 / CLOCKS_PER_SEC / rows;
-}
-
-double Median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
 }
 
 void Compare(int bits, int percent) {

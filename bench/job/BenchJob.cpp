@@ -7,109 +7,124 @@
 #include <cstring>
 
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 
 #include "host/Records.h"
-#include "platform/Program.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* kModelName = "Bench";
-constexpr const char* kPreviewName = "preview";
-constexpr int kPreviewSide = 500;
-
-void WriteFile(const fs::path& path, std::string_view content) {
-    fs::create_directories(path.parent_path());
-    std::ofstream file(path, std::ios::binary);
-    file.write(content.data(), static_cast<std::streamsize>(content.size()));
-    file.close();
-    if (!file) throw std::runtime_error("cannot write " + path.string());
-}
-
-std::string ChannelName(const BenchModel& model, int32_t channel) {
-    return fmt::format("filename_{}.{}", kBenchColorants[channel], model.isRaw ? "raw" : "tif");
-}
-
-std::string Description(const BenchPage& page, const BenchModel& model) {
-    std::string colors;
-    std::string colorants;
-    for (int32_t channel = 0; channel < BenchPage::kChannels; ++channel) {
-        colors += fmt::format(
-            "<Color><ID>{0}</ID><InternalName>{1}</InternalName><DisplayName>{1}</DisplayName>"
-            "<ChannelName>{2}</ChannelName></Color>",
-            channel, kBenchColorants[channel], ChannelName(model, channel));
-        colorants += fmt::format(
-            "<Colorant ID=\"{}\" IsSpotColor=\"0\"><ColorDepth>{}</ColorDepth></Colorant>", channel,
-            page.bits);
-    }
-    return fmt::format(
-        "<Printer><BaseResourceNumber><BaseMedia/><BasePrintMode/><BaseResolution/><BaseColor/>"
-        "<BaseColorMode/></BaseResourceNumber><Definition><ColorList>{}</ColorList>"
-        "<ColorModeList><ColorMode><ID>0</ID><InternalName>CMYK</InternalName>"
-        "<DisplayName>CMYK</DisplayName><ColorantList>{}</ColorantList></ColorMode>"
-        "</ColorModeList></Definition><ModelList><Model Name=\"{}\" TypeRead=\"{}\" "
-        "PrinterDirection=\"{}\" CreateFolder=\"No\" SupportWhite=\"{}\"><PreviewParam type=\"{}\" "
-        "sizeV=\"{}\" "
-        "name=\"{}\"/></Model></ModelList></Printer>",
-        colors, colorants, kModelName, model.isInterleaved ? "LINE_BY_LINE" : "",
-        model.isReversed ? "YES" : "",
-        model.whiteType == 0 ? "" : fmt::format("{0}|White;{0};1", model.whiteType), model.preview,
-        model.preview.empty() ? 0 : kPreviewSide, kPreviewName);
-}
-
-std::string JobFileBytes() {
-    constexpr float kResolution = 720;
+std::string JobFileBytes(int32_t bits) {
+    constexpr auto kResolution = static_cast<float>(kBenchResolution);
     JobFileHeader header = {};
     std::string_view("bench.pdf").copy(header.OriginalFileName, sizeof header.OriginalFileName);
-    std::string_view(kModelName).copy(header.PrinterName, sizeof header.PrinterName);
+    std::string_view(kBenchModelName).copy(header.PrinterName, sizeof header.PrinterName);
     header.XResolution = kResolution;
     header.YResolution = kResolution;
     header.XResolutionWhole = static_cast<int16_t>(kResolution);
     header.YResolutionWhole = static_cast<int16_t>(kResolution);
+    header.ColorModeIndex = static_cast<int16_t>(BenchColorMode(bits));
     return {reinterpret_cast<const char*>(&header), sizeof header};
+}
+
+/// The poster, on its side, drawn over the whole page whatever page it asks for.
+std::string ArtworkOf(const BenchPage& page) {
+    constexpr double kPosterWidth = 420;  // points, as its page device says
+    constexpr double kPosterHeight = 298;
+    const double width = static_cast<double>(page.widthPixels) * 72 / kBenchResolution;
+    const double height = static_cast<double>(page.rows) * 72 / kBenchResolution;
+    std::ifstream file(BENCH_ARTWORK, std::ios::binary);
+    const std::string poster{std::istreambuf_iterator<char>(file), {}};
+    if (poster.empty()) throw std::runtime_error("cannot read " BENCH_ARTWORK);
+    return fmt::format(
+        "%!PS-Adobe-3.0\n<< /PageSize [{} {}] >> setpagedevice\n/setpagedevice {{ pop }} def\n"
+        "{} 0 translate {} {} scale 90 rotate\n{}",
+        width, height, width, width / kPosterHeight, height / kPosterWidth, poster);
 }
 
 }  // namespace
 
-BenchJob::BenchJob(const fs::path& folder, const BenchPage& page, const BenchModel& model)
-    : folder_(folder), page_(page), model_(model) {
-    const fs::path base = folder / "base";
-    WriteFile(
-        base / "OutputDrivers" / "ZeComFile.xml",
-        fmt::format("<Models><Model Name=\"{}\" XMLFile=\"bench.xml\"/></Models>", kModelName));
-    WriteFile(base / "OutputDrivers" / "bench.xml", Description(page, model));
-    fs::create_directories(base / "Temp");
-    WriteFile(JobFile(), JobFileBytes());
-    WriteBenchContainer(Container(), page, COMPRESSION_NONE);
-    SetEnvironment("QL_BASE_FOLDER", base.c_str());
+BenchJob BenchJob::OfNoise(const fs::path& folder, const BenchPage& page) {
+    BenchJob job(folder, page);
+    WriteBenchFile(job.JobFile(), JobFileBytes(page.bits));
+    WriteBenchContainer(job.Container(), page, COMPRESSION_NONE);
+    return job;
 }
 
-void BenchJob::CheckOutput() const {
+BenchJob BenchJob::OfArtwork(const fs::path& folder, const BenchPage& page) {
+    BenchJob job(folder, page);
+    WriteBenchBase(job.BaseFolder(), {});
+    const fs::path artwork = folder / "poster.ps";
+    WriteBenchFile(artwork, ArtworkOf(page));
+    MeasureProcess({DRIVERHOST, "make-job", artwork.string(), "--model", kBenchModelName,
+                    "--color-mode", std::to_string(BenchColorMode(page.bits)), "-o",
+                    job.JobFile().string()});
+    job.Recode("none", job.Container());
+    return job;
+}
+
+BenchJob BenchJob::Compressed(const fs::path& folder) const {
+    BenchJob job(folder, page_);
+    fs::create_directories(folder);
+    fs::copy_file(JobFile(), job.JobFile());
+    Recode("lzw", job.Container());
+    return job;
+}
+
+/// Has tiffcp write the container with another compression, perhaps in its own place.
+void BenchJob::Recode(const char* compression, const fs::path& container) const {
+    const fs::path recoded = container.string() + ".part";
+    MeasureProcess({"tiffcp", "-c", compression, Container().string(), recoded.string()});
+    fs::rename(recoded, container);
+}
+
+ProcessCost BenchJob::Copy() const {
+    RemoveOutput();
+    return MeasureProcess({"cp", Container().string(), CopyFile().string()});
+}
+
+ProcessCost BenchJob::Decode() const {
+    RemoveOutput();
+    return MeasureProcess({"tiffcp", "-c", "none", Container().string(), CopyFile().string()});
+}
+
+ProcessCost BenchJob::Print(const BenchModel& model, bool settle) const {
+    RemoveOutput();
+    if (settle) sync();
+    fs::create_directories(OutputFolder());
+    WriteBenchBase(BaseFolder(), model);
+    const ProcessCost cost =
+        MeasureProcess({MINIMAL_HOST, OUTPUT_DRIVER, JobFile().string(), OutputFolder().string()});
+    CheckOutput(model);
+    return cost;
+}
+
+void BenchJob::CheckOutput(const BenchModel& model) const {
     const auto channelBytes = static_cast<uintmax_t>(page_.Bytes() / BenchPage::kChannels);
+    const int32_t expected = BenchPage::kChannels + (model.whiteType != 0 ? 1 : 0);
     int32_t found = 0;
     for (const auto& entry : fs::recursive_directory_iterator(OutputFolder())) {
-        if (!entry.is_regular_file() || entry.path().filename() == kPreviewName) continue;
-        if (entry.file_size() < channelBytes) {
+        const fs::path name = entry.path().filename();
+        if (name == kBenchPreviewName || name.extension() == ".hdr" || name.extension() == ".xml")
+            continue;
+        if (entry.file_size() < channelBytes)
             throw std::runtime_error("incomplete: " + entry.path().string());
-        }
         ++found;
     }
-    const int32_t expected = BenchPage::kChannels + (model_.whiteType != 0 ? 1 : 0);
-    if (found != expected) {
-        throw std::runtime_error(fmt::format("{} channel files", found));
-    }
-    if (!model_.preview.empty() && !fs::exists(OutputFolder() / kPreviewName)) {
+    if (found != expected) throw std::runtime_error(fmt::format("{} channel files", found));
+    if (!model.preview.empty() && !fs::exists(OutputFolder() / kBenchPreviewName))
         throw std::runtime_error("no preview");
-    }
 }
 
-void BenchJob::PrepareRound() const {
+void BenchJob::RemoveOutput() const {
     fs::remove_all(OutputFolder());
-    fs::remove(Copy());
-    sync();
-    fs::create_directories(OutputFolder());
+    fs::remove(CopyFile());
+}
+
+void BenchJob::Remove() const {
+    fs::remove_all(folder_);
 }

@@ -12,6 +12,8 @@
 
 #include "BenchFolder.h"
 #include "BenchJob.h"
+#include "CostTable.h"
+#include "Median.h"
 #include "ProcessCost.h"
 #include "platform/Program.h"
 
@@ -20,6 +22,10 @@ namespace {
 struct Options {
     BenchPage page = {20'000, 20'000, 1};
     BenchModel model;
+    bool artwork = false;
+    bool all = false;
+    bool quick = false;
+    bool json = false;
     int32_t rounds = 7;
     std::string folder = std::filesystem::temp_directory_path().string();
 };
@@ -52,39 +58,26 @@ int ParseOptions(int argc, char** argv, Options& options) {
         ->check(CLI::Range(0, 5));
     app.add_option("--preview", options.model.preview, "A preview of this format beside them")
         ->check(CLI::IsMember({"BMP", "PNG"}));
+    app.add_flag("--artwork", options.artwork, "A page of artwork instead of noise");
+    CLI::Option* const all =
+        app.add_flag("--all", options.all,
+                     "The whole table of costs instead, at every depth, on 20,000 x 28,000 pixels "
+                     "of artwork");
+    app.add_flag("--quick", options.quick, "The table on a smaller page")->needs(all);
+    app.add_flag("--json", options.json, "The table as JSON")->needs(all);
     CLI11_PARSE(app, argc, argv);
     return -1;
 }
 
-double Median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    const std::size_t half = values.size() / 2;
-    return values.size() % 2 == 1 ? values[half] : (values[half - 1] + values[half]) / 2;
-}
-
-ProcessCost RunCopy(const BenchJob& job) {
-    job.PrepareRound();
-    return MeasureProcess({"cp", job.Container().string(), job.Copy().string()});
-}
-
-ProcessCost RunJob(const BenchJob& job) {
-    job.PrepareRound();
-    const ProcessCost cost = MeasureProcess(
-        {MINIMAL_HOST, OUTPUT_DRIVER, job.JobFile().string(), job.OutputFolder().string()});
-    if (InterruptNoted()) throw std::runtime_error("interrupted");
-    job.CheckOutput();
-    return cost;
-}
-
 /// Alternates copies and jobs, so that what else the machine does meets both. The job's peak.
-int64_t CompareCosts(const BenchJob& job, int32_t rounds) {
+int64_t CompareCosts(const BenchJob& job, const Options& options) {
     std::vector<double> cpuRatios;
     std::vector<double> wallRatios;
     int64_t peakBytes = 0;
-    RunCopy(job);  // the container is in the system's cache from here on
-    for (int32_t round = 1; round <= rounds; ++round) {
-        const ProcessCost copy = RunCopy(job);
-        const ProcessCost print = RunJob(job);
+    job.Copy();  // the container is in the system's cache from here on
+    for (int32_t round = 1; round <= options.rounds; ++round) {
+        const ProcessCost copy = job.Copy();
+        const ProcessCost print = job.Print(options.model, true);
         cpuRatios.push_back(print.cpuSeconds / copy.cpuSeconds);
         wallRatios.push_back(print.wallSeconds / copy.wallSeconds);
         peakBytes = std::max(peakBytes, print.peakBytes);
@@ -93,8 +86,9 @@ int64_t CompareCosts(const BenchJob& job, int32_t rounds) {
             round, print.cpuSeconds, copy.cpuSeconds, cpuRatios.back(), print.wallSeconds,
             copy.wallSeconds, wallRatios.back());
         std::fflush(stdout);
+        if (InterruptNoted()) throw std::runtime_error("interrupted");
     }
-    fmt::print("job / copy, median of {} rounds: CPU {:.2f}, wall {:.2f}\n", rounds,
+    fmt::print("job / copy, median of {} rounds: CPU {:.2f}, wall {:.2f}\n", options.rounds,
                Median(cpuRatios), Median(wallRatios));
     return peakBytes;
 }
@@ -108,19 +102,27 @@ void Run(const Options& options) {
         options.model.isRaw ? "raw" : "TIFF", options.model.isInterleaved ? ", interleaved" : "",
         options.model.isReversed ? ", bottom line first" : "",
         options.model.preview.empty() ? "" : ", preview " + options.model.preview);
-    int64_t peakBytes = 0;
-    {
-        const BenchJob job(folder.Path() / "job", page, options.model);
-        peakBytes = CompareCosts(job, options.rounds);
-        std::filesystem::remove_all(folder.Path() / "job");
-    }
+    const BenchJob job = options.artwork ? BenchJob::OfArtwork(folder.Path() / "job", page)
+                                         : BenchJob::OfNoise(folder.Path() / "job", page);
+    const int64_t peakBytes = CompareCosts(job, options);
+    job.Remove();
     BenchPage doublePage = page;
     doublePage.rows *= 2;
-    const BenchJob doubleJob(folder.Path() / "double", doublePage, options.model);
-    const int64_t doublePeakBytes = RunJob(doubleJob).peakBytes;
+    const BenchJob doubleJob = BenchJob::OfNoise(folder.Path() / "double", doublePage);
+    const int64_t doublePeakBytes = doubleJob.Print(options.model, true).peakBytes;
     fmt::print("peak memory of the job: {} KiB at {} lines, {} KiB at {} lines ({:+} KiB)\n",
                peakBytes / 1024, page.rows, doublePeakBytes / 1024, doublePage.rows,
                (doublePeakBytes - peakBytes) / 1024);
+}
+
+void RunAll(const Options& options) {
+    const BenchFolder folder(options.folder);
+    const int64_t shrinking = options.quick ? 4 : 1;
+    const CostTable table = MeasureCosts(folder.Path(), 20'000 / shrinking, 28'000 / shrinking);
+    if (options.json)
+        PrintCostsAsJson(table);
+    else
+        PrintCosts(table);
 }
 
 }  // namespace
@@ -129,7 +131,10 @@ int main(int argc, char** argv) try {
     Options options;
     if (const int status = ParseOptions(argc, argv, options); status >= 0) return status;
     NoteInterrupts();
-    Run(options);
+    if (options.all)
+        RunAll(options);
+    else
+        Run(options);
     return 0;
 } catch (const std::exception& fault) {
     std::fprintf(stderr, "bench_job: %s\n", fault.what());
