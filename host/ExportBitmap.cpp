@@ -132,7 +132,11 @@ ExportBitmap::ExportBitmap(const char* path, uint32_t width, uint32_t height, do
 }
 
 ExportBitmap::~ExportBitmap() {
-    if (file_ == nullptr || file_->stream == nullptr || file_->hasFailed) return;
+    if (file_ == nullptr || file_->stream == nullptr) return;
+    if (file_->hasFailed) {
+        ReleaseSpace(file_->stream.get());
+        return;
+    }
     try {
         if (!file_->Close()) file_->Fail();
     } catch (...) {

@@ -22,5 +22,6 @@ std::int64_t TellStream(std::FILE* stream);
 /// at a time as it grows; the file's size stays. Where there is no room, or no such call, nothing
 /// happens, and the write that does not fit fails as ever.
 void ReserveSpace(std::FILE* stream, std::int64_t bytes);
-/// Gives back what is reserved behind the file's end.
+/// Gives back what is reserved behind the file's end. What the stream still holds back finds room
+/// as any write does.
 void ReleaseSpace(std::FILE* stream);

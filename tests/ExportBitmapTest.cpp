@@ -106,6 +106,10 @@ TEST(ExportBitmap, HoldsTheLinesInOrder) {
             const bool isTiff = channel.isTiff && count > 0;
             const std::string held = isTiff ? TiffPixels(path, channel) : folder.Read(channel.name);
             EXPECT_TRUE(held == lines) << channel.name << " " << count;
+            struct stat status = {};
+            ASSERT_EQ(stat(path.c_str(), &status), 0);
+            EXPECT_LT(static_cast<std::size_t>(status.st_blocks) * 512, lines.size() + 65536)
+                << "room that a short file was to have";
         }
     }
 }

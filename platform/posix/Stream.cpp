@@ -57,6 +57,6 @@ void ReserveSpace(std::FILE* stream, std::int64_t bytes) {
 
 void ReleaseSpace(std::FILE* stream) {
     struct stat status = {};
-    if (std::fflush(stream) != 0 || fstat(fileno(stream), &status) != 0) return;
+    if (fstat(fileno(stream), &status) != 0) return;
     [[maybe_unused]] const int ignored = ftruncate(fileno(stream), status.st_size);
 }
