@@ -197,6 +197,12 @@ TEST_F(WhiteTest, AnAbortOrAFailureRemovesTheUnion) {
     ASSERT_FALSE(LeavesNothing());
     EXPECT_EQ(driver->Call(kAbortJob), 1);
     EXPECT_TRUE(LeavesNothing());
+    // The second channel cannot be made; by then the first is gathered.
+    EmptyOutputFolder();
+    std::filesystem::create_directory(folder.Out() / "Proof_C2.raw");
+    const StandIn steady(clockStepMs, 1);
+    EXPECT_EQ(StartJob({NumberedPage(320, 50, 2, 1)}).Run(), "10");
+    EXPECT_TRUE(LeavesNothing());
 }
 
 }  // namespace
