@@ -220,10 +220,10 @@ void AddMakeJobCommand(CommandTree& tree) {
         "An EPS is cut to its bounding box. A TIFF, PNG or JPEG picture fills a page of its own\n"
         "size; one that does not say its resolution has 300 dpi.",
         {"driverhost make-job poster.pdf --model \"Fenland R4\" -o poster.job",
-         "driverhost make-job poster.pdf --model \"Fenland F8\" --media Glass --print-mode Fine "
-         "\\\n"
-         "      --resolution 1200x600 --color-mode \"CMYK, White, Varnish, contone\" -o "
-         "glass.job",
+         ("driverhost make-job poster.pdf --model \"Fenland F8\" --media Glass --print-mode Fine "
+          "\\\n"
+          "      --resolution 1200x600 --color-mode \"CMYK, White, Varnish, contone\" -o "
+          "glass.job"),
          "driverhost make-job photo.png --model \"Fenland T4\" --tiles 3x2 -o wall.job",
          "driverhost make-job poster.pdf --model \"Fenland S1\" --screen fm -o film.job",
          "driverhost make-job photo.png --model \"Fenland R4\" --picture-dpi 150 --dry-run"});
