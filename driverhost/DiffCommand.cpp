@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <new>
+#include <nlohmann/json.hpp>
 #include <set>
 #include <system_error>
 
@@ -14,6 +15,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
+using Json = nlohmann::ordered_json;
+
 // As diff answers.
 constexpr int kEqual = 0;
 constexpr int kDifferent = 1;
@@ -23,6 +26,7 @@ struct DiffOptions {
     std::string A;
     std::string B;
     RawShapeOptions Raw;
+    bool Json = false;
 };
 
 /// What stands below a folder and is no folder itself, by paths relative to it.
@@ -48,7 +52,7 @@ class Comparison {
 
     void Files(const fs::path& a, const fs::path& b, const std::string& name) {
         try {
-            const std::optional<std::string> difference =
+            const std::optional<FileDifference> difference =
                 DifferenceOf(a, b, options_.Raw, printed_);
             if (difference)
                 Differ(name, *difference);
@@ -56,9 +60,11 @@ class Comparison {
                 ++equal_;
         } catch (const HostError& error) {
             if (error.Status() == kAborted) throw;
-            std::fflush(stdout);
-            fmt::print(stderr, "driverhost: {}\n", error.what());
-            trouble_ = true;
+            if (!options_.Json) {
+                std::fflush(stdout);
+                fmt::print(stderr, "driverhost: {}\n", error.what());
+            }
+            unreadable_.push_back({{"file", name}, {"error", error.what()}});
         }
     }
 
@@ -69,31 +75,52 @@ class Comparison {
         all.insert(inB.begin(), inB.end());
         for (const std::string& name : all) {
             if (!inB.contains(name))
-                Differ(name, "only in " + a.string());
+                Differ(name, {"only in " + a.string(), {}, {}});
             else if (!inA.contains(name))
-                Differ(name, "only in " + b.string());
+                Differ(name, {"only in " + b.string(), {}, {}});
             else
                 Files(a / name, b / name, name);
         }
     }
 
-    int Status() const {
-        fmt::print("{} equal, {} different\n", equal_, different_);
-        if (trouble_) return kTrouble;
-        return different_ > 0 ? kDifferent : kEqual;
+    /// Prints the sum of it, or with --json all of it. Answers the exit status.
+    int Report() const {
+        if (options_.Json) {
+            const Json all = {{"a", options_.A},
+                              {"b", options_.B},
+                              {"equal", equal_},
+                              {"different", differences_},
+                              {"unreadable", unreadable_}};
+            // Names are bytes of the files, JSON is UTF-8.
+            fmt::print("{}\n", all.dump(2, ' ', false, Json::error_handler_t::replace));
+        } else {
+            fmt::print("{} equal, {} different\n", equal_, differences_.size());
+        }
+        if (!unreadable_.empty()) return kTrouble;
+        return differences_.empty() ? kEqual : kDifferent;
     }
 
   private:
-    void Differ(const std::string& name, const std::string& how) {
-        fmt::print("{}: {}\n", name, how);
-        ++different_;
+    void Differ(const std::string& name, const FileDifference& how) {
+        if (!options_.Json) fmt::print("{}: {}\n", name, how.Text);
+        Json difference = {{"file", name}, {"difference", how.Text}};
+        if (how.InPixels) {
+            difference["line"] = how.InPixels->Line;
+            difference["pixel"] = how.InPixels->Pixel;
+            difference["pixels"] = how.InPixels->Count;
+        }
+        if (how.InBytes) {
+            difference["byte"] = how.InBytes->Byte;
+            difference["bytes"] = how.InBytes->Count;
+        }
+        differences_.push_back(std::move(difference));
     }
 
     const DiffOptions& options_;
     PrintedShapes printed_;
     std::size_t equal_ = 0;
-    std::size_t different_ = 0;
-    bool trouble_ = false;
+    Json differences_ = Json::array();
+    Json unreadable_ = Json::array();
 };
 
 int DiffPaths(const DiffOptions& options) {
@@ -113,7 +140,7 @@ int DiffPaths(const DiffOptions& options) {
         comparison.Folders(a, b);
     else
         comparison.Files(a, b, a.string());
-    return comparison.Status();
+    return comparison.Report();
 }
 
 /// Whatever stops the comparison is trouble: the status of a failure would say "different".
@@ -135,6 +162,7 @@ void AddDiffCommand(CommandTree& tree) {
     command.add_option("A", options.A, "A folder or file")->required()->type_name(kPathArgument);
     command.add_option("B", options.B, "Another")->required()->type_name(kPathArgument);
     AddRawShapeOptions(command, options.Raw);
+    command.add_flag("--json", options.Json, "Print JSON");
     AddHelp(
         command,
         "Of channels it says the first line and pixel that differ, counted from 0, and how many\n"
@@ -142,5 +170,6 @@ void AddDiffCommand(CommandTree& tree) {
         "of bytes. Exit status: 0 equal, 1 different, 2 something cannot be read.",
         {"driverhost diff printed printed",
          "driverhost diff printed/poster reprinted/poster  # status 1: a channel differs",
-         "driverhost diff printed/poster/poster_C.tif reprinted/poster/poster_C.tif  # status 1"});
+         "driverhost diff printed/poster/poster_C.tif reprinted/poster/poster_C.tif  # status 1",
+         "driverhost diff printed reprinted --json  # status 1"});
 }

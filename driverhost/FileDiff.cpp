@@ -62,66 +62,69 @@ bool AreSameBytes(const fs::path& a, const fs::path& b) {
     return same;
 }
 
-std::string ByteDifference(const fs::path& a, const fs::path& b) {
-    uint64_t first = 0;
-    uint64_t different = 0;
-    VisitBlocks(a, b, [&](uint64_t offset, std::span<const uint8_t> x, std::span<const uint8_t> y) {
-        for (std::size_t i = 0; i < x.size(); ++i) {
-            if (x[i] == y[i]) continue;
-            if (different++ == 0) first = offset + i;
-        }
-        return true;
-    });
-    std::string text;
-    if (different > 0)
-        text = fmt::format("differs from byte {} on; {} bytes differ", first, different);
-    if (const uint64_t bytesA = SizeOf(a), bytesB = SizeOf(b); bytesA != bytesB)
-        text += fmt::format("{}{} bytes and {} bytes", text.empty() ? "" : "; ", bytesA, bytesB);
-    return text;
-}
-
 /// Adds a part to the sentence that says how files differ.
 void Add(std::string& text, const std::string& part) {
     text += (text.empty() ? "" : "; ") + part;
 }
 
-std::string LineDifferences(ChannelFile& a, ChannelFile& b) {
+FileDifference ByteDifference(const fs::path& a, const fs::path& b) {
+    FileDifference::Bytes bytes;
+    VisitBlocks(a, b, [&](uint64_t offset, std::span<const uint8_t> x, std::span<const uint8_t> y) {
+        for (std::size_t i = 0; i < x.size(); ++i) {
+            if (x[i] == y[i]) continue;
+            if (bytes.Count++ == 0) bytes.Byte = offset + i;
+        }
+        return true;
+    });
+    FileDifference difference;
+    if (bytes.Count > 0) {
+        difference.InBytes = bytes;
+        difference.Text =
+            fmt::format("differs from byte {} on; {} bytes differ", bytes.Byte, bytes.Count);
+    }
+    if (const uint64_t bytesA = SizeOf(a), bytesB = SizeOf(b); bytesA != bytesB)
+        Add(difference.Text, fmt::format("{} bytes and {} bytes", bytesA, bytesB));
+    return difference;
+}
+
+void CompareLines(ChannelFile& a, ChannelFile& b, FileDifference& result) {
     const ChannelShape& shape = a.Shape();
-    int64_t line = -1;
-    int64_t pixel = 0;
-    int64_t pixels = 0;
+    FileDifference::Pixels pixels;
     const int64_t lines = std::min(shape.Lines, b.Shape().Lines);
     for (int64_t i = 0; i < lines; ++i) {
         StopWhenInterrupted();
         const LineDifference difference = Compare(a.Line(i), b.Line(i), shape.Bits);
         if (difference.PixelCount == 0) continue;
-        if (line < 0) {
-            line = i;
-            pixel = difference.FirstPixel;
+        if (pixels.Count == 0) {
+            pixels.Line = i;
+            pixels.Pixel = difference.FirstPixel;
         }
-        pixels += difference.PixelCount;
+        pixels.Count += difference.PixelCount;
     }
-    if (pixels == 0) return {};
-    return fmt::format("differs from line {}, pixel {} on; {} pixel{} differ{}", line, pixel,
-                       pixels, pixels == 1 ? "" : "s", pixels == 1 ? "s" : "");
+    if (pixels.Count == 0) return;
+    result.InPixels = pixels;
+    Add(result.Text, fmt::format("differs from line {}, pixel {} on; {} pixel{} differ{}",
+                                 pixels.Line, pixels.Pixel, pixels.Count,
+                                 pixels.Count == 1 ? "" : "s", pixels.Count == 1 ? "s" : ""));
 }
 
-std::optional<std::string> ChannelDifference(ChannelFile& a, ChannelFile& b) {
+std::optional<FileDifference> ChannelDifference(ChannelFile& a, ChannelFile& b) {
     const ChannelShape& x = a.Shape();
     const ChannelShape& y = b.Shape();
-    std::string text;
+    FileDifference difference;
+    std::string& text = difference.Text;
     if (x.WidthPixels != y.WidthPixels || x.Bits != y.Bits) {
         text = fmt::format("lines of {} pixels of {} bits and of {} pixels of {} bits",
                            x.WidthPixels, x.Bits, y.WidthPixels, y.Bits);
     } else {
-        text = LineDifferences(a, b);
+        CompareLines(a, b, difference);
         if (x.Lines != y.Lines) Add(text, fmt::format("{} lines and {} lines", x.Lines, y.Lines));
     }
     if (x.XResolution != y.XResolution || x.YResolution != y.YResolution)
         Add(text, fmt::format("{} x {} dpi and {} x {} dpi", x.XResolution, x.YResolution,
                               y.XResolution, y.YResolution));
     if (text.empty()) return std::nullopt;
-    return text;
+    return difference;
 }
 
 /// Null when the file is no channel, or its shape is not known.
@@ -138,8 +141,8 @@ std::unique_ptr<ChannelFile> TryChannel(const fs::path& path,
 
 }  // namespace
 
-std::optional<std::string> DifferenceOf(const fs::path& a, const fs::path& b,
-                                        const RawShapeOptions& options, PrintedShapes& printed) {
+std::optional<FileDifference> DifferenceOf(const fs::path& a, const fs::path& b,
+                                           const RawShapeOptions& options, PrintedShapes& printed) {
     if (AreSameBytes(a, b)) return std::nullopt;
     const std::unique_ptr<ChannelFile> channelA = TryChannel(a, ShapeOf(a, options, printed));
     const std::unique_ptr<ChannelFile> channelB = TryChannel(b, ShapeOf(b, options, printed));

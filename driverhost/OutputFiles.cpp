@@ -3,10 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <set>
+#include <array>
+#include <fstream>
+#include <string_view>
 #include <system_error>
 
 #include "driverhost/ChannelFile.h"
+#include "driverhost/HostError.h"
 #include "driverhost/TiffFile.h"
 
 namespace fs = std::filesystem;
@@ -40,30 +43,65 @@ bool IsComplete(const fs::path& folder, const std::string& file, const FileState
                               static_cast<std::uintmax_t>(expected.LineBytes());
 }
 
+/// Calls `visit` for everything below a folder; links to folders are not followed. A folder that
+/// is gone has nothing in it.
+template <class Visit>
+void VisitBelow(const fs::path& folder, Visit visit) {
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        visit(*entry);
+        std::error_code gone;
+        if (entry->is_directory(gone) && !entry->is_symlink(gone)) VisitBelow(entry->path(), visit);
+    }
+    if (error && error != std::errc::no_such_file_or_directory)
+        throw HostError(kFailed, fmt::format("cannot read the folder {}: {}", folder.string(),
+                                             error.message()));
+}
+
+/// Whether a file is a picture or XML by its first bytes, and so no channel.
+bool IsSideFile(const fs::path& path) {
+    constexpr std::string_view kMarks[] = {"\x89PNG\r\n", "BM", "<?xml", "\xEF\xBB\xBF<?xml"};
+    std::array<char, 8> head = {};
+    std::ifstream file(path, std::ios::binary);
+    file.read(head.data(), head.size());
+    const std::string_view start(head.data(), static_cast<std::size_t>(file.gcount()));
+    return std::any_of(std::begin(kMarks), std::end(kMarks),
+                       [start](std::string_view mark) { return start.starts_with(mark); });
+}
+
+/// The extensions of the channels of a page of which none is complete.
+std::set<std::string> CommonExtensions(const fs::path& folder, const Listing& files) {
+    std::map<std::string, std::size_t> counts;
+    std::size_t most = 0;
+    for (const auto& [file, state] : files)
+        if (!IsSideFile(folder / file)) most = std::max(most, ++counts[ExtensionOf(file)]);
+    std::set<std::string> common;
+    for (const auto& [extension, count] : counts)
+        if (count == most) common.insert(extension);
+    return common;
+}
+
 }  // namespace
 
 Listing ListFiles(const fs::path& folder) {
     Listing listing;
-    std::error_code error;
-    for (fs::recursive_directory_iterator entry(folder, error), end; !error && entry != end;
-         entry.increment(error)) {
+    VisitBelow(folder, [&](const fs::directory_entry& entry) {
         std::error_code gone;  // somebody else's file may go at any time
-        if (!entry->is_regular_file(gone) || gone) continue;
-        const FileState state = {entry->file_size(gone), entry->last_write_time(gone)};
-        if (!gone) listing[entry->path().lexically_relative(folder).string()] = state;
-    }
+        if (!entry.is_regular_file(gone) || gone) return;
+        const FileState state = {entry.file_size(gone), entry.last_write_time(gone)};
+        if (!gone) listing[entry.path().lexically_relative(folder).string()] = state;
+    });
     return listing;
 }
 
 std::set<std::string> ListFolders(const fs::path& folder) {
     std::set<std::string> folders;
-    std::error_code error;
-    for (fs::recursive_directory_iterator entry(folder, error), end; !error && entry != end;
-         entry.increment(error)) {
+    VisitBelow(folder, [&](const fs::directory_entry& entry) {
         std::error_code gone;
-        if (entry->is_directory(gone))
-            folders.insert(entry->path().lexically_relative(folder).string());
-    }
+        if (entry.is_directory(gone))
+            folders.insert(entry.path().lexically_relative(folder).string());
+    });
     return folders;
 }
 
@@ -117,11 +155,10 @@ PageFaults CheckPage(const fs::path& folder, const Listing& files,
         complete.insert(file);
         channelExtensions.insert(ExtensionOf(file));
     }
-    for (const auto& [file, state] : files) {
-        const bool channel =
-            channelExtensions.empty() || channelExtensions.contains(ExtensionOf(file));
-        if (channel && !complete.contains(file)) faults.ShortFiles.push_back(file);
-    }
+    if (complete.empty()) channelExtensions = CommonExtensions(folder, files);
+    for (const auto& [file, state] : files)
+        if (channelExtensions.contains(ExtensionOf(file)) && !complete.contains(file))
+            faults.ShortFiles.push_back(file);
     const std::size_t found = complete.size() + faults.ShortFiles.size();
     faults.MissingChannels = std::max(expected.ChannelCount - static_cast<int32_t>(found), 0);
     return faults;

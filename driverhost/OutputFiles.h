@@ -17,9 +17,10 @@ struct FileState {
 /// The files below a folder, by their path relative to it.
 using Listing = std::map<std::string, FileState>;
 
+/// Nothing for a folder that is not there. Throws HostError for one below it that cannot be read.
 Listing ListFiles(const std::filesystem::path& folder);
 
-/// The folders below a folder, by their path relative to it.
+/// Likewise the folders below a folder, by their path relative to it.
 std::set<std::string> ListFolders(const std::filesystem::path& folder);
 
 /// The folders that a job wrote into: the outermost of those that are new, and where a file of it
@@ -53,6 +54,7 @@ struct PageFaults {
 
 /// Looks for the page's channels among its files. A raw channel is complete when it has all
 /// lines' bytes, a TIFF one when it has the page's lines and the last can be read. Other files
-/// (headers, tickets, previews) are told from channels by their extension.
+/// (headers, tickets, previews) are told from channels by their extension: that of a complete
+/// channel, or when none is complete, that of the most files that are no picture and no XML.
 PageFaults CheckPage(const std::filesystem::path& folder, const Listing& files,
                      const PageExpectation& expected);

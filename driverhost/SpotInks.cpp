@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <exception>
+#include <qpdf/JSON.hh>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFObjectHandle.hh>
 #include <qpdf/QPDFPageDocumentHelper.hh>

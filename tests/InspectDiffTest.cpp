@@ -170,6 +170,27 @@ TEST_F(InspectDiff, DiffSaysWhereChannelsDiffer) {
         EXPECT_EQ(outcome.Status, edit.Status) << edit.What << outcome.Output;
         EXPECT_TRUE(Contains(outcome.Output, edit.Says)) << edit.What << ": " << outcome.Output;
     }
+
+    fs::copy(Path("A"), Path("C"), fs::copy_options::recursive);
+    Overwrite("C/" + raw, 23920, "\x0C\x30\x01");
+    Overwrite("C/" + tiff, 0, "X");
+    fs::remove(Path("C/r-tile1/r_1C.raw"));
+    fs::create_symlink("x", Path("C/r-tile1/r_1C.raw"));
+    const Outcome outcome = Host({"diff", "A", "C", "--json"});
+    ASSERT_EQ(outcome.Status, 2) << outcome.Output;
+    const Json answer = Json::parse(outcome.Output);
+    EXPECT_GT(answer.at("equal"), 5);
+    EXPECT_EQ(answer.at("unreadable").at(0).at("file"), "r-tile1/r_1C.raw");
+    const Json& different = answer.at("different");
+    EXPECT_EQ(different.size(), 2U) << different;
+    EXPECT_EQ(different.at(0).at("byte"), 0);
+    EXPECT_EQ(different.at(0).at("bytes"), 1);
+    const Json expected = {{"file", raw},
+                           {"difference", "differs from line 299, pixel 2 on; 3 pixels differ"},
+                           {"line", 299},
+                           {"pixel", 2},
+                           {"pixels", 3}};
+    EXPECT_EQ(different.at(1), expected);
 }
 
 }  // namespace

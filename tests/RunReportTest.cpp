@@ -111,4 +111,15 @@ TEST_F(RunReport, NamesWhatIsIncomplete) {
     }
 }
 
+TEST_F(RunReport, SaysWhichFolderCannotBeRead) {
+    ASSERT_EQ(Shell("mkdir -p o/locked && chmod 0 o/locked").Status, 0);
+    // The superuser reads every folder, unless the right to is taken away.
+    const Outcome run = Shell(
+        "drop=; test $(id -u) = 0 && drop='setpriv --bounding-set "
+        "-dac_override,-dac_read_search --inh-caps -dac_override,-dac_read_search'; "
+        "$drop \"$host\" run tiff --out o; status=$?; chmod 700 o/locked; exit $status");
+    EXPECT_EQ(run.Status, 1);
+    EXPECT_TRUE(Contains(run.Output, "o/locked: Permission denied")) << run.Output;
+}
+
 }  // namespace
