@@ -67,10 +67,10 @@ class ScreenMaker {
 
     void AddDispersed(std::size_t ink, int32_t bits) {
         const ColorantInfo& colorant = chosen_.Mode.Colorants[ink];
-        const std::span<const float> amounts = AmountsOf(ink, bits);
+        const std::vector<float> amounts = AmountsOf(ink, bits);
         if (!amounts.empty()) {
             try {
-                const InkLevels levels(amounts);
+                const InkLevels levels{std::span<const float>(amounts)};
                 Add(colorant, MakeDispersedScreen(ink, bits, levels, dither_->NoiseLevel),
                     fmt::format("dispersed dots, levels of {:g} ink, noise {:g}",
                                 fmt::join(amounts, ", "), double{dither_->NoiseLevel}));
@@ -86,7 +86,7 @@ class ScreenMaker {
 
     /// The ink amounts of the levels above the empty one, by a parameter file; none when no file
     /// has them for so many levels, or for this ink.
-    std::span<const float> AmountsOf(std::size_t ink, int32_t bits) {
+    std::vector<float> AmountsOf(std::size_t ink, int32_t bits) {
         if (!dither_) {
             dither_ = DitherParams{};
             ditherIsFromFile_ = AskDither(driver_, settings_, *dither_);
@@ -95,7 +95,10 @@ class ScreenMaker {
         if (!ditherIsFromFile_ || dither_->LevelCount != static_cast<int32_t>(levels) ||
             static_cast<int64_t>(ink) >= dither_->InkCount || ink >= DitherParams::kMostInks)
             return {};
-        return std::span<const float>(dither_->Values[ink]).first(levels - 1);
+        std::vector<float> amounts;  // by value: the record is packed, its numbers not aligned
+        for (std::size_t position = 0; position + 1 < levels; ++position)
+            amounts.push_back(float{dither_->Values[ink][position]});
+        return amounts;
     }
 
     DriverInterface& driver_;
