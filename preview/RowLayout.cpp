@@ -9,14 +9,15 @@ namespace {
 
 constexpr std::size_t kWordBytes = sizeof(uint64_t);
 
-/// Leaves the bits of a word's bytes that `mask` has.
-void MaskWord(uint8_t* bytes, const uint8_t* mask) {
+/// The bytes that the offsets name, as they lie in memory: a word is written at a time, since byte
+/// after byte takes longer.
+uint64_t GatherWord(const uint8_t* from, const uint32_t* offsets) {
+    uint8_t bytes[kWordBytes];
+    for (std::size_t i = 0; i < kWordBytes; ++i)
+        bytes[i] = from[offsets[i]];
     uint64_t word = 0;
-    uint64_t kept = 0;
     std::memcpy(&word, bytes, kWordBytes);
-    std::memcpy(&kept, mask, kWordBytes);
-    word &= kept;
-    std::memcpy(bytes, &word, kWordBytes);
+    return word;
 }
 
 /// The first source column of a preview column; `last` is one that falls into it.
@@ -81,11 +82,11 @@ void RowLayout::FillLanes(std::span<const uint8_t> row, uint8_t* lanes) const {
     std::memset(lanes + filled, 0, rowBytes_ - filled);
     uint8_t* const cutLanes = lanes + rowBytes_;
     const std::size_t count = cutBytes_.size();
-    const uint32_t* const bytes = cutBytes_.data();
-    for (std::size_t i = 0; i < count; ++i)
-        cutLanes[i] = lanes[bytes[i]];
-    // Word by word, the last one perhaps twice.
-    for (std::size_t i = 0; i < count; i += kWordBytes)
-        MaskWord(cutLanes + std::min(i, count - kWordBytes),
-                 cutMasks_.data() + std::min(i, count - kWordBytes));
+    for (std::size_t i = 0; i < count; i += kWordBytes) {
+        const std::size_t at = std::min(i, count - kWordBytes);  // the last word perhaps overlaps
+        uint64_t mask = 0;
+        std::memcpy(&mask, cutMasks_.data() + at, kWordBytes);
+        const uint64_t word = GatherWord(lanes, cutBytes_.data() + at) & mask;
+        std::memcpy(cutLanes + at, &word, kWordBytes);
+    }
 }
