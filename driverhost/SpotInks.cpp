@@ -13,6 +13,7 @@
 #include "driverhost/HostError.h"
 #include "driverhost/Plates.h"
 #include "driverhost/Rasterizer.h"
+#include "platform/MemoryLimit.h"
 
 namespace fs = std::filesystem;
 
@@ -20,6 +21,8 @@ namespace {
 
 constexpr char kChartName[] = "spots.pdf";
 constexpr std::size_t kMostInks = 1000;
+/// For a document's objects, which may be packed beyond all measure.
+constexpr uint64_t kMostMemoryBytes = uint64_t{1} << 30;
 constexpr double kPointsPerInch = 72;
 constexpr int64_t kTints = 256;
 /// Pixels of a tint's square on the chart; the middle one is read.
@@ -158,8 +161,11 @@ SpotInks ReadChart(const fs::path& plates, const std::vector<std::string>& inks)
 SpotInks ReadSpotInks(Rasterizer& rasterizer, const fs::path& workFolder,
                       const std::set<std::string>& names, bool fastColor) try {
     if (names.empty()) return {};
-    const std::vector<std::string> inks =
-        WriteChart(rasterizer.Document(), workFolder / kChartName, names);
+    std::vector<std::string> inks;
+    {
+        const MemoryLimit limit(kMostMemoryBytes);
+        inks = WriteChart(rasterizer.Document(), workFolder / kChartName, names);
+    }
     if (inks.empty()) return {};
     const fs::path folder = workFolder / "spots";
     fs::create_directory(folder);
