@@ -2,12 +2,10 @@
 
 #include "platform/Processor.h"
 
-// Compiled once for each of the vector units that matter here, and for what every processor of the
-// kind has; chosen from at run time. The choice is not left to Highway's own library, which takes
-// milliseconds to time the processor whenever it is loaded.
-#define HWY_DISABLE_PCLMUL_AES
-#define HWY_DISABLE_F16C
-#define HWY_DISABLED_TARGETS (HWY_SSE4 | HWY_AVX3 | HWY_AVX3_DL)
+// Compiled once for each of the vector units that matter here (CMakeLists.txt leaves the others
+// out), and for what every processor of the kind has; chosen from at run time. The choice is not
+// left to Highway's own library, which takes milliseconds to time the processor whenever it is
+// loaded.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "preview/ByteSums.cpp"
 #include <hwy/foreach_target.h>
