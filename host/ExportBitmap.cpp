@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/ChannelWriter.h"
+#include "host/CopyRow.h"
 #include "host/QL_LOG.h"
 #include "host/Text.h"
 
@@ -102,7 +103,7 @@ struct ExportBitmap::File {
     void Gather(const uint8_t* data, uint32_t count) {
         const auto lineBytes = static_cast<std::size_t>(format.lineBytes);
         if (block.empty()) block.resize(lineBytes * format.blockLines);
-        std::memcpy(block.data() + lineBytes * gatheredLines, data, lineBytes * count);
+        CopyRow(block.data() + lineBytes * gatheredLines, data, lineBytes * count);
         gatheredLines += count;
     }
 

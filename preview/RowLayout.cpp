@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "host/CopyRow.h"
 #include "preview/ByteSums.h"
 
 namespace {
@@ -78,7 +79,7 @@ std::size_t RowLayout::CutLane(int64_t pixel) {
 
 void RowLayout::FillLanes(std::span<const uint8_t> row, uint8_t* lanes) const {
     const std::size_t filled = std::min(row.size(), rowBytes_);
-    std::memcpy(lanes, row.data(), filled);
+    CopyRow(lanes, row.data(), filled);
     std::memset(lanes + filled, 0, rowBytes_ - filled);
     uint8_t* const cutLanes = lanes + rowBytes_;
     const std::size_t count = cutBytes_.size();

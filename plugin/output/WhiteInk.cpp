@@ -1,9 +1,9 @@
 #include "plugin/output/WhiteInk.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "host/AFile.h"
+#include "host/CopyRow.h"
 
 namespace {
 
@@ -61,7 +61,7 @@ void WhiteInk::Gather(uint32_t separation, int32_t row, const uint8_t* line) {
     const auto count = static_cast<std::size_t>(lineBytes_);
     uint8_t* const target = lines_.data() + row % blockLines_ * lineBytes_;
     if (isFirst) {
-        std::memcpy(target, line, count);
+        CopyRow(target, line, count);
         blockFilled_ = row % blockLines_ + 1;
         ++gatheredLines_;
         isChanged_ = true;
