@@ -41,6 +41,7 @@ class BenchJob {
     std::filesystem::path BaseFolder() const { return folder_ / "base"; }
     void Recode(const char* compression, const std::filesystem::path& container) const;
     void RemoveOutput() const;
+    void WarmUp() const;
     void CheckOutput(const BenchModel& model) const;
 
     std::filesystem::path folder_;

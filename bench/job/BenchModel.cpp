@@ -7,8 +7,6 @@
 #include <iterator>
 #include <stdexcept>
 
-#include "platform/Program.h"
-
 namespace fs = std::filesystem;
 
 namespace {
@@ -108,5 +106,4 @@ void WriteBenchBase(const fs::path& folder, const BenchModel& model) {
     WriteBenchFile(drivers / "HeaderTemplates" / kHeaderName,
                    "int32,QL_WIDTH\r\nint32,QL_HEIGHT\r\n");
     fs::create_directories(folder / "Temp");
-    SetEnvironment("QL_BASE_FOLDER", folder.c_str());
 }

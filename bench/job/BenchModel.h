@@ -22,8 +22,8 @@ inline constexpr double kBenchResolution = 720;  ///< dots per inch, both ways
 /// The position of the colour mode that has so many bits a pixel (1, 2, 4 or 8).
 int BenchColorMode(int32_t bits);
 
-/// Writes a base folder that has this model, in place of one that stands there, and makes it that
-/// of the programs started from here on. Throws std::runtime_error when a write fails.
+/// Writes a base folder that has this model, in place of one that stands there. Throws
+/// std::runtime_error when a write fails.
 void WriteBenchBase(const std::filesystem::path& folder, const BenchModel& model);
 
 /// Writes a file and the folders that it lies in. Throws std::runtime_error when that fails.

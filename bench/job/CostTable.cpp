@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <future>
 #include <nlohmann/json.hpp>
 
 #include "BenchJob.h"
@@ -111,6 +112,23 @@ CostRow MeasureGrowth(const std::filesystem::path& folder, BenchPage page, int64
             {static_cast<double>(std::max<int64_t>(peak - peakBytes, 0)) / (1 << 20)}};
 }
 
+/// Jobs of all depths. Two are made at a time, for that takes the longest by far.
+std::vector<BenchJob> MakeJobs(const std::filesystem::path& folder, int64_t widthPixels,
+                               int64_t rows) {
+    const auto make = [&](int32_t bits) {
+        return BenchJob::OfArtwork(folder / std::to_string(bits), {widthPixels, rows, bits});
+    };
+    std::vector<BenchJob> jobs;
+    for (std::size_t i = 0; i < kDepths.size(); i += 2) {
+        fmt::print(stderr, "making the jobs of {} and {} bits\n", kDepths[i], kDepths[i + 1]);
+        std::future<BenchJob> other =
+            std::async(std::launch::async, [&, bits = kDepths[i + 1]] { return make(bits); });
+        jobs.push_back(make(kDepths[i]));
+        jobs.push_back(other.get());
+    }
+    return jobs;
+}
+
 }  // namespace
 
 CostTable MeasureCosts(const std::filesystem::path& folder, int64_t widthPixels, int64_t rows) {
@@ -120,14 +138,11 @@ CostTable MeasureCosts(const std::filesystem::path& folder, int64_t widthPixels,
     CostRow peaks = {"peak memory of the program", 16, "MiB", {}};
     CostRow compressed;
     CostRow growth;
-    for (const int32_t bits : kDepths) {
-        const BenchPage page = {widthPixels, rows, bits};
-        fmt::print(stderr, "{} bits: making the job\n", bits);
-        const BenchJob job = BenchJob::OfArtwork(folder / "job", page);
-        const int roundCount = bits == 1 ? 7 : 3;
+    for (const BenchJob& job : MakeJobs(folder, widthPixels, rows)) {
+        const int32_t bits = job.Page().bits;
+        const int roundCount = bits == 1 ? 5 : 3;
         std::vector<Round> rounds;
         int64_t peakBytes = 0;
-        job.Copy();  // the container is in the system's cache from here on
         for (int i = 1; i <= roundCount; ++i) {
             fmt::print(stderr, "{} bits: round {} of {}\n", bits, i, roundCount);
             rounds.push_back(RunRound(job, i, peakBytes));
@@ -140,7 +155,7 @@ CostTable MeasureCosts(const std::filesystem::path& folder, int64_t widthPixels,
         }
         peaks.values.push_back(static_cast<double>(peakBytes) / (1 << 20));
         if (bits == 1) {
-            growth = MeasureGrowth(folder / "double", page, peakBytes);
+            growth = MeasureGrowth(folder / "double", job.Page(), peakBytes);
             compressed = MeasureCompressed(job, folder / "compressed", roundCount);
         }
         job.Remove();

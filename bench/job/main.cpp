@@ -74,7 +74,6 @@ int64_t CompareCosts(const BenchJob& job, const Options& options) {
     std::vector<double> cpuRatios;
     std::vector<double> wallRatios;
     int64_t peakBytes = 0;
-    job.Copy();  // the container is in the system's cache from here on
     for (int32_t round = 1; round <= options.rounds; ++round) {
         const ProcessCost copy = job.Copy();
         const ProcessCost print = job.Print(options.model, true);
