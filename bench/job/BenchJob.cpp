@@ -126,14 +126,9 @@ void BenchJob::CheckOutput(const BenchModel& model) const {
         throw std::runtime_error("no preview");
 }
 
-/// Has the system hold the container in its cache, and as much free memory ready as the files that
-/// come. Some systems give up within seconds what lies in the cache, and virtual machines hand free
-/// memory back; whoever is measured next would pay for getting it.
+/// Has the system hold the container in its cache: some systems give up within seconds what lies
+/// there.
 void BenchJob::WarmUp() const {
-    {
-        const std::string memory(static_cast<std::size_t>(page_.Bytes()) * 3 / 2, '\1');
-        if (memory.find('\0') != std::string::npos) return;  // never: but so it must be written
-    }
     std::ifstream file(Container(), std::ios::binary);
     std::vector<char> block(std::size_t{1} << 20);
     while (file.read(block.data(), static_cast<std::streamsize>(block.size()))) {

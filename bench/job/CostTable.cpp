@@ -140,7 +140,7 @@ CostTable MeasureCosts(const std::filesystem::path& folder, int64_t widthPixels,
     CostRow growth;
     for (const BenchJob& job : MakeJobs(folder, widthPixels, rows)) {
         const int32_t bits = job.Page().bits;
-        const int roundCount = bits == 1 ? 5 : 3;
+        const int roundCount = bits == 1 ? 7 : 3;
         std::vector<Round> rounds;
         int64_t peakBytes = 0;
         for (int i = 1; i <= roundCount; ++i) {
