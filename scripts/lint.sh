@@ -12,6 +12,8 @@ clang-format --dry-run -Werror "${sources[@]}"
 
 units=()
 for source in "${sources[@]}"; do
+    # clang 14 cannot read qpdf's own headers as C++20.
+    if grep -q '#include <qpdf/' "$source"; then continue; fi
     if grep -q "/$source\"" build/release/compile_commands.json; then units+=("$source"); fi
 done
 if [ ${#units[@]} -gt 0 ]; then

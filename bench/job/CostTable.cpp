@@ -148,9 +148,8 @@ CostTable MeasureCosts(const std::filesystem::path& folder, int64_t widthPixels,
             rounds.push_back(RunRound(job, i, peakBytes));
         }
         for (std::size_t i = 0; i < std::size(kMeasures); ++i) {
-            std::vector<double> values;
-            for (const Round& round : rounds)
-                values.push_back(kMeasures[i].value(round));
+            std::vector<double> values(rounds.size());
+            std::transform(rounds.begin(), rounds.end(), values.begin(), kMeasures[i].value);
             table.costs[i].values.push_back(Median(values));
         }
         peaks.values.push_back(static_cast<double>(peakBytes) / (1 << 20));
