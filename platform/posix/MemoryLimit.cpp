@@ -4,21 +4,18 @@
 #include <unistd.h>
 
 #include <algorithm>
-
-#include "platform/Stream.h"
+#include <fstream>
 
 namespace {
 
 /// Bytes of data that the process has; 0 when the system does not tell.
 std::uint64_t DataBytes() {
-    const Stream statistics = OpenStream("/proc/self/statm", "r");
-    unsigned long long pages = 0;
-    // The sixth number.
-    if (statistics == nullptr ||
-        std::fscanf(statistics.get(), "%*u %*u %*u %*u %*u %llu", &pages) != 1) {
-        return 0;
-    }
-    return std::uint64_t{pages} * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+    constexpr int kDataNumber = 6;  // of proc(5)'s statm, in pages
+    std::ifstream statistics("/proc/self/statm");
+    std::uint64_t pages = 0;
+    for (int i = 0; i < kDataNumber; ++i)
+        statistics >> pages;
+    return statistics ? pages * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE)) : 0;
 }
 
 }  // namespace
