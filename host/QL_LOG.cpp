@@ -1,14 +1,26 @@
 #include "host/QL_LOG.h"
 
-#include <fmt/format.h>
-
 #include <cstdlib>
 
-#include "platform/Stream.h"
+#include "host/LogText.h"
+#include "platform/AppendToFile.h"
 
-void QL_LOG(const char* file, int line, char level, std::string_view message) {
-    const std::string entry = fmt::format("{} {}({}): {}\n", level, file, line, message);
-    const char* path = std::getenv("QL_LOG_FILE");
-    const Stream log = path != nullptr && *path != '\0' ? OpenStream(path, "ab") : nullptr;
-    std::fwrite(entry.data(), 1, entry.size(), log != nullptr ? log.get() : stderr);
+void QL_LOG(const char* file, int line, char level, std::string_view message) noexcept {
+    LogText entry;
+    entry << level << ' ' << file << '(' << line << "): ";
+    // The line end behind it must fit, however long the message is.
+    constexpr std::size_t kMostMessageBytes = 9000;
+    for (const char character : message) {
+        if (entry.View().size() >= kMostMessageBytes) break;
+        if (character == '\n')
+            entry << "\\n";
+        else if (character == '\r')
+            entry << "\\r";
+        else
+            entry << character;
+    }
+    entry << '\n';
+    const char* const path = std::getenv("QL_LOG_FILE");
+    const bool hasPath = path != nullptr && *path != '\0';
+    if (!hasPath || !AppendToFile(path, entry.View())) WriteToStandardError(entry.View());
 }
