@@ -4,6 +4,10 @@
 
 #include "host/AString.h"
 
+/// What the system says of a name. Where it cannot say whether something stands there, nothing may
+/// be taken for missing.
+enum class Existence { kExists, kMissing, kUnknown };
+
 /// A path to a folder or file, built from components. '\' and '/' both separate them.
 ///
 /// A path can become invalid (see Append); it then stays so, names nothing, and whatever would be
@@ -23,8 +27,11 @@ class AFilePath {
     AFilePath& Append(std::string_view name);
 
     bool isValid() const { return valid_; }
-    /// Whether a file or folder stands there; false for an invalid path.
-    bool exists() const;
+    /// Whether a file or folder stands there. `systemError`, where given, receives the system's
+    /// number for why it cannot say; it stays as it is otherwise. An invalid path is missing.
+    Existence LookFor(int* systemError = nullptr) const;
+    /// Whether the system says that one stands there.
+    bool exists() const { return LookFor() == Existence::kExists; }
     /// With the system's separators and none at the end (but for a root); "" when invalid.
     const AString& fullPath() const { return path_; }
     /// The full path up to and including its last separator; "" when it has none.

@@ -48,6 +48,8 @@ inline constexpr DWORD FILE_BEGIN = 0;
 inline constexpr DWORD FILE_CURRENT = 1;
 inline constexpr DWORD FILE_END = 2;
 inline constexpr DWORD ERROR_SUCCESS = 0;
+inline constexpr DWORD ERROR_FILE_NOT_FOUND = 2;   // ENOENT: no such name
+inline constexpr DWORD ERROR_PATH_NOT_FOUND = 20;  // ENOTDIR: something above it is no folder
 inline constexpr UINT MB_OK = 0;
 inline constexpr UINT MB_SETFOREGROUND = 0x00010000;
 inline constexpr int IDOK = 1;
@@ -78,7 +80,7 @@ BOOL CloseHandle(HANDLE file);
 BOOL DeleteFileA(const char* path);
 /// Creates one folder level; fails when it exists.
 BOOL CreateDirectoryA(const char* path, void* security);
-/// FILE_ATTRIBUTE_DIRECTORY or FILE_ATTRIBUTE_NORMAL; INVALID_FILE_ATTRIBUTES when absent.
+/// FILE_ATTRIBUTE_DIRECTORY or FILE_ATTRIBUTE_NORMAL; INVALID_FILE_ATTRIBUTES on failure.
 DWORD GetFileAttributesA(const char* path);
 /// Bytes that the caller may still write on the volume of the folder `path`.
 BOOL GetDiskFreeSpaceExA(const char* path, ULARGE_INTEGER* freeToCaller, ULARGE_INTEGER* total,

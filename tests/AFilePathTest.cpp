@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
+
+#include "TestFolder.h"
 
 namespace {
 
@@ -44,6 +48,34 @@ TEST(AFilePath, TakesPathsAsTheHostGivesThem) {
     EXPECT_EQ(AFilePath().Append("x").fullPath(), "./x");
     unsetenv("QL_BASE_FOLDER");
     EXPECT_TRUE(AFilePath().exists()) << "the current folder";
+}
+
+// Missing is what the system says is missing, and nothing else.
+TEST(AFilePath, TellsMissingFromUnknown) {
+    const TestFolder folder;
+    folder.Write("file", "");
+    std::filesystem::create_symlink("loop", folder.Name("loop"));
+    const struct {
+        std::string name;
+        Existence existence;
+        int error;
+    } cases[] = {
+        {"file", Existence::kExists, 0},
+        {"", Existence::kExists, 0},
+        {"none", Existence::kMissing, 0},
+        {"none/below", Existence::kMissing, 0},
+        {"file/below", Existence::kMissing, 0},
+        {"loop", Existence::kUnknown, ELOOP},
+        {"loop/below", Existence::kUnknown, ELOOP},
+        {std::string(300, 'n'), Existence::kUnknown, ENAMETOOLONG},
+    };
+    for (const auto& [name, existence, error] : cases) {
+        int systemError = 0;
+        EXPECT_EQ(folder.Path(name).LookFor(&systemError), existence) << name;
+        EXPECT_EQ(systemError, error) << name;
+        EXPECT_EQ(folder.Path(name).exists(), existence == Existence::kExists) << name;
+    }
+    EXPECT_EQ(folder.Path("file").Append("..").LookFor(), Existence::kMissing) << "invalid";
 }
 
 }  // namespace

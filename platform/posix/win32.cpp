@@ -16,6 +16,8 @@
 
 #include "platform/afx.h"
 
+static_assert(ERROR_FILE_NOT_FOUND == ENOENT && ERROR_PATH_NOT_FOUND == ENOTDIR);
+
 namespace {
 
 thread_local DWORD lastError = ERROR_SUCCESS;
