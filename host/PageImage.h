@@ -26,6 +26,7 @@ class PageImage final : public AImage {
     int32_t ReadRow(uint32_t separation, int32_t row, int32_t count, uint8_t* buffer,
                     int32_t reserved) override;
     const uint8_t* Row(uint32_t separation, int32_t row) override;
+    const ContainerFailure& Failure() const override { return failure_; }
 
   private:
     struct Separation {
@@ -42,5 +43,6 @@ class PageImage final : public AImage {
 
     const RandomAccessFile& file_;
     std::vector<std::unique_ptr<Separation>> separations_;  // at least one
+    ContainerFailure failure_ = ContainerFailure("a row cannot be read");
     Separation* finished_ = nullptr;  // its last row was read, and may still be looked at
 };

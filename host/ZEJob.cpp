@@ -4,6 +4,7 @@
 #include "host/PageImage.h"
 #include "host/PageTable.h"
 #include "platform/RandomAccessFile.h"
+#include "platform/SystemError.h"
 
 struct ZEJob::Container {
     RandomAccessFile file;
@@ -25,27 +26,47 @@ int32_t ZEJob::Load(const AFilePath& container) {
     container_.reset();
     PageCount = 0;
     auto loaded = std::make_unique<Container>();
-    if (!container.isValid() || !loaded->file.Open(container.fullPath().c_str())) return 0;
+    if (!container.isValid()) return Fail(ContainerFailure("its path is not valid"));
+    if (!loaded->file.Open(container.fullPath().c_str())) {
+        const int error = LastSystemError();
+        return Fail(error != 0 ? ContainerFailure("it cannot be opened", error)
+                               : ContainerFailure("it is no file"));
+    }
     loaded->pages = PageTable(ReadDirectoryChain(loaded->file));
     PageCount = loaded->pages.PageCount();
     container_ = std::move(loaded);
-    return PageCount > 0 ? 1 : 0;
+    return PageCount > 0 ? 1 : Fail(ContainerFailure("it is no TIFF"));
 }
 
 int32_t ZEJob::OpenData(int32_t mode) {
     constexpr int32_t kRead = 1;
-    if (container_ == nullptr || mode != kRead) return 0;
+    if (container_ == nullptr) return 0;  // Load has said why
+    if (mode != kRead) return Fail(ContainerFailure("it is only read"));
     container_->isOpen = true;
     return 1;
 }
 
 AImage* ZEJob::GetImage(uint32_t pageIndex) {
     Flush();
-    if (container_ == nullptr || !container_->isOpen) return nullptr;
+    if (container_ == nullptr || !container_->isOpen) {
+        if (container_ != nullptr || failure_.text[0] == '\0')
+            Fail(ContainerFailure("it is not open"));
+        return nullptr;
+    }
     container_->image = PageImage::Open(container_->file, container_->pages.Separations(pageIndex));
+    if (container_->image == nullptr) Fail(ContainerFailure("the page has no image"));
     return container_->image.get();
 }
 
 void ZEJob::Flush() {
     if (container_ != nullptr) container_->image.reset();
+}
+
+void ZEJob::Close() {
+    container_.reset();
+}
+
+int32_t ZEJob::Fail(const ContainerFailure& failure) {
+    failure_ = failure;
+    return 0;
 }

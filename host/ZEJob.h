@@ -6,6 +6,7 @@
 #include "host/AColorant.h"
 #include "host/AFilePath.h"
 #include "host/Arrays.h"
+#include "host/ContainerFailure.h"
 
 /// Which container file of a job is meant.
 enum eHardCodePrefix : int32_t {
@@ -30,6 +31,8 @@ class AImage {
     /// The same bytes where they were read to, uncopied: they stay there until the next row is
     /// asked for. Null when the data is damaged or missing.
     virtual const uint8_t* Row(uint32_t separation, int32_t row) = 0;
+    /// Why the last row that could not be read could not.
+    virtual const ContainerFailure& Failure() const = 0;
 };
 
 /// The job container: yields a job's pages.
@@ -52,10 +55,18 @@ class ZEJob {
     AImage* GetImage(uint32_t pageIndex);
     /// Releases the page data after a page.
     void Flush();
+    /// Closes the container's file, which can be moved or deleted from here on. No page has an
+    /// image any more; the page count stays.
+    void Close();
+    /// Why the last Load, OpenData or GetImage that answered 0 or null did.
+    const ContainerFailure& Failure() const { return failure_; }
 
     int32_t PageCount = 0;
 
   private:
     struct Container;
+    int32_t Fail(const ContainerFailure& failure);
+
     std::unique_ptr<Container> container_;
+    ContainerFailure failure_;
 };

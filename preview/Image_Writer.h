@@ -6,6 +6,13 @@
 #include "host/AString.h"
 #include "platform/Stream.h"
 
+/// Why a picture is not there whole.
+struct ImageFailure {
+    const char* text = nullptr;   ///< a constant; null when nothing failed
+    int systemError = 0;          ///< the system's number for the reason; 0 where it gave none
+    bool isWriteFailure = false;  ///< a write or the close failed at the system
+};
+
 /// Holds a picture and writes it to a file in one step. This one knows no format: its file holds a
 /// 32-bit word a pixel, 0x00RRGGBB, row after row.
 class Image_Writer {
@@ -21,6 +28,8 @@ class Image_Writer {
     virtual void SetPixel(int x, int y, unsigned char r, unsigned char g, unsigned char b);
     /// Writes the file. 0 when it cannot be opened, else 1.
     virtual int Save();
+    /// What Save met.
+    const ImageFailure& Failure() const { return failure_; }
 
   protected:
     void SetSize(const AString& name, int width, int height);
@@ -29,6 +38,7 @@ class Image_Writer {
 
     AString name_;
     Stream file_;  ///< open only while the picture is saved
+    ImageFailure failure_;
     int width_ = 0;
     int height_ = 0;
 

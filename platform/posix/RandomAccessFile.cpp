@@ -17,8 +17,11 @@ bool RandomAccessFile::Open(const char* path) {
     const int descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) return false;
     struct stat status = {};
-    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < 0) {
+    const bool isKnown = fstat(descriptor, &status) == 0;
+    if (!isKnown || !S_ISREG(status.st_mode)) {
+        const int error = isKnown ? 0 : errno;
         close(descriptor);
+        errno = error;
         return false;
     }
     if (handle_ >= 0) close(static_cast<int>(handle_));
@@ -27,13 +30,16 @@ bool RandomAccessFile::Open(const char* path) {
     return true;
 }
 
-std::size_t RandomAccessFile::ReadAt(std::uint64_t offset, void* buffer, std::size_t count) const {
+std::size_t RandomAccessFile::ReadAt(std::uint64_t offset, void* buffer, std::size_t count,
+                                     int* systemError) const {
+    if (systemError != nullptr) *systemError = 0;
     constexpr auto kLargestOffset = static_cast<std::uint64_t>(std::numeric_limits<off_t>::max());
     std::size_t done = 0;
     while (done < count && offset + done >= offset && offset + done <= kLargestOffset) {
         const ssize_t got = pread(static_cast<int>(handle_), static_cast<char*>(buffer) + done,
                                   count - done, static_cast<off_t>(offset + done));
         if (got < 0 && errno == EINTR) continue;
+        if (got < 0 && systemError != nullptr) *systemError = errno;
         if (got <= 0) break;
         done += static_cast<std::size_t>(got);
     }

@@ -16,6 +16,7 @@ constexpr std::string_view kProcessInks[PreviewScaler::kPlanes] = {"Cyan", "Mage
 // Beyond these a description is mistaken, and its preview would take the host's memory.
 constexpr int32_t kLongestSide = 20'000;
 constexpr int64_t kMostPixels = 16'000'000;
+constexpr const char* kNoMemory = "there is no memory for the preview";
 
 bool IsPreviewSide(int32_t side) {
     return side >= 1 && side <= kLongestSide;
@@ -50,8 +51,10 @@ void PagePreview::StartPage(const ModelOutputSettings& model, PreviewPage page,
     const bool bestFit = model.PreviewBestFit != 0;
     const bool hasSides =
         IsPreviewSide(model.PreviewSizeV) && (bestFit || IsPreviewSide(model.PreviewSizeH));
-    if (!hasSides || page.sourceWidth < 1 || page.sourceRows < 1) return;
+    failure_ = {};
     path_ = path;
+    if (!hasSides || page.sourceWidth < 1 || page.sourceRows < 1)
+        return Fail("there is no preview of the size that the model asks for");
     page_ = std::move(page);
     scaler_ = std::make_unique<PreviewScaler>();
     if (bestFit)
@@ -61,7 +64,10 @@ void PagePreview::StartPage(const ModelOutputSettings& model, PreviewPage page,
         scaler_->Init(model.PreviewSizeV, model.PreviewSizeH, page_.sourceWidth, page_.sourceRows,
                       page_.xResolution, page_.yResolution);
     const PreviewGeometry& geometry = scaler_->Geometry();
-    if (int64_t{geometry.previewWidth} * geometry.previewHeight > kMostPixels) return Discard();
+    if (int64_t{geometry.previewWidth} * geometry.previewHeight > kMostPixels) {
+        Fail("there is no preview of the size that the model asks for");
+        return Discard();
+    }
     if (model.PreviewType == "PNG")
         writer_ = std::make_unique<PNG_Writer>();
     else
@@ -73,14 +79,19 @@ void PagePreview::AddLine(uint32_t separation, int32_t row, const uint8_t* line)
     try {
         scaler_->AddRow(row, line, page_.lineBytes, page_.bits, page_.planes[separation]);
     } catch (const std::bad_alloc&) {  // the page is worth more than its preview
+        Fail(kNoMemory);
         Discard();
     }
 }
 
 void PagePreview::Save() {
     try {
-        if (scaler_ != nullptr) scaler_->Render(path_, writer_.get(), 0);
+        if (scaler_ != nullptr) {
+            scaler_->Render(path_, writer_.get(), 0);
+            failure_ = writer_->Failure();
+        }
     } catch (const std::bad_alloc&) {  // likewise
+        Fail(kNoMemory);
     }
     Discard();
 }
@@ -88,4 +99,8 @@ void PagePreview::Save() {
 void PagePreview::Discard() {
     scaler_.reset();
     writer_.reset();
+}
+
+PreviewFailure PagePreview::Failure() const {
+    return {failure_.text, failure_.systemError, failure_.isWriteFailure, path_};
 }

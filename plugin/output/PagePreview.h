@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "description/ModelOutputSettings.h"
@@ -27,8 +28,16 @@ struct PreviewPage {
     std::vector<int32_t> planes;  ///< see PreviewPlanes
 };
 
+/// Why a page has no preview.
+struct PreviewFailure {
+    const char* text;       ///< a constant; null when nothing failed
+    int systemError;        ///< the system's number for the reason; 0 where it gave none
+    bool isWriteFailure;    ///< a write or the close failed at the system
+    std::string_view path;  ///< of the preview; valid until the next StartPage
+};
+
 /// The preview of one page, from its first line to its file. An optional output: where it cannot be
-/// made, the page goes on without.
+/// made, the page goes on without, and Failure tells.
 class PagePreview {
   public:
     /// Begins a page whose preview goes to `path`. A size that no preview has gives none.
@@ -38,9 +47,14 @@ class PagePreview {
     void Save();
     /// Ends the page without.
     void Discard();
+    /// Of the page that StartPage began last; complete after Save.
+    PreviewFailure Failure() const;
 
   private:
+    void Fail(const char* text) { failure_ = {text}; }
+
     AString path_;
+    ImageFailure failure_;
     PreviewPage page_;
     std::unique_ptr<Image_Writer> writer_;
     std::unique_ptr<PreviewScaler> scaler_;
