@@ -67,7 +67,7 @@ int32_t AXMLTree::LoadBytes(std::string_view bytes) {
     return ReadXml(bytes, document_->xml).Fault ? 0 : 1;
 }
 
-int32_t AXMLTree::saveToFile(const AFilePath& path) const {
+int32_t AXMLTree::saveToFile(const AFilePath& path, WriterId writer, int* systemError) const {
     pugi::xml_node declaration = document_->xml.first_child();
     if (declaration.type() == pugi::node_declaration) {
         // The texts are UTF-8 in memory and on disk, in whatever encoding they came.
@@ -77,7 +77,9 @@ int32_t AXMLTree::saveToFile(const AFilePath& path) const {
     const unsigned layout = document_->isLoaded ? pugi::format_raw : pugi::format_indent;
     StringWriter text;
     document_->xml.save(text, "  ", layout | pugi::format_no_declaration, pugi::encoding_utf8);
-    return ReplaceFileBytes(path, text.bytes) ? 1 : 0;
+    const WriteOutcome outcome = ReplaceFileBytes(path, text.bytes, writer);
+    if (systemError != nullptr) *systemError = outcome.SystemError;
+    return outcome ? 1 : 0;
 }
 
 int32_t AXMLTree::getRootNode(AXMLTreeNode& root) const {

@@ -6,6 +6,7 @@
 
 #include "host/AFilePath.h"
 #include "host/AString.h"
+#include "host/WriterId.h"
 
 /// A handle to one element of a document. Copies refer to the same element; a handle lives as long
 /// as its document. A default-constructed one refers to nothing: it has no children, and its
@@ -35,8 +36,10 @@ class AXMLTree {
     /// Reads XML text in memory.
     int32_t loadXML(std::string_view text, int32_t flag);
     /// Writes the document as UTF-8 XML. What was loaded keeps its comments, blanks and order.
-    /// The file is replaced as a whole: a failed save leaves the old one.
-    int32_t saveToFile(const AFilePath& path) const;
+    /// The file is replaced as a whole, see ReplaceFileBytes: a failed save leaves the old one, and
+    /// `systemError`, where given, receives the system's number for it, 0 where it gave none.
+    int32_t saveToFile(const AFilePath& path, WriterId writer = {},
+                       int* systemError = nullptr) const;
 
     int32_t getRootNode(AXMLTreeNode& root) const;
     int32_t getChild(std::string_view name, const AXMLTreeNode& parent, AXMLTreeNode& child) const;

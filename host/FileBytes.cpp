@@ -1,13 +1,18 @@
 #include "host/FileBytes.h"
 
+#include <fmt/format.h>
+
+#include <charconv>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <system_error>
 #include <vector>
 
-#include "host/FSGanerateID.h"
+#include "platform/Folder.h"
+#include "platform/NewFile.h"
+#include "platform/Process.h"
 #include "platform/Stream.h"
+#include "platform/win32.h"
 
 namespace {
 
@@ -32,12 +37,63 @@ std::optional<std::string> ReadBytes(const AFilePath& path, std::uint64_t mostBy
     return bytes;
 }
 
-bool WriteBytes(const std::string& path, const std::string& bytes) {
-    Stream file = OpenStream(path.c_str(), "wb");
-    if (file == nullptr) return false;
-    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
-    return std::fclose(file.release()) == 0 && written;
+constexpr std::string_view kUnfinished = ".tmp";
+
+/// Takes ".NUMBER", as we write it, off the end of `text`; 0, which nobody writes for a process,
+/// when there is none.
+std::int64_t TakeNumber(std::string_view& text) {
+    const std::size_t dot = text.rfind('.');
+    if (dot == std::string_view::npos) return 0;
+    const std::string_view digits = text.substr(dot + 1);
+    std::int64_t number = 0;
+    const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    if (read.ec != std::errc() || std::to_string(number) != digits) return 0;
+    text = text.substr(0, dot);
+    return number;
 }
+
+/// Where a file of a folder is written first.
+class UnfinishedFile {
+  public:
+    explicit UnfinishedFile(const AFilePath& path)
+        : folder_(path.folderPart()),
+          name_(std::string_view(path.fullPath()).substr(folder_.size())),
+          mostBytes_(MostNameBytes(FolderOrHere())) {}
+
+    std::string Path(WriterId writer) const {
+        return folder_ +
+               Name(fmt::format(".{}.{}{}", ProcessNumber(), writer.Number(), kUnfinished));
+    }
+
+    /// Removes what processes that live no more have left of this file.
+    void RemoveLeftovers() const {
+        VisitFolder(FolderOrHere(), [&](const char* entry) {
+            if (IsLeftover(entry)) DeleteFileA((folder_ + entry).c_str());
+        });
+    }
+
+  private:
+    const char* FolderOrHere() const { return folder_.empty() ? "." : folder_.c_str(); }
+
+    std::string Name(std::string_view ending) const {
+        const std::size_t room = mostBytes_ > ending.size() ? mostBytes_ - ending.size() : 0;
+        return std::string(name_.substr(0, room)).append(ending);
+    }
+
+    bool IsLeftover(std::string_view entry) const {
+        if (!entry.ends_with(kUnfinished)) return false;
+        std::string_view rest = entry.substr(0, entry.size() - kUnfinished.size());
+        const std::string_view numbered = rest;
+        TakeNumber(rest);
+        const std::int64_t process = rest.size() == numbered.size() ? 0 : TakeNumber(rest);
+        // The name can be another file's that is longer, and ends in numbers itself.
+        return process > 0 && entry == Name(entry.substr(rest.size())) && HasProcessEnded(process);
+    }
+
+    std::string folder_;
+    std::string_view name_;  ///< of the path's, which the caller keeps
+    std::size_t mostBytes_;
+};
 
 }  // namespace
 
@@ -49,11 +105,16 @@ std::optional<std::string> ReadFileText(const AFilePath& path, std::uint64_t mos
     return ReadBytes(path, mostBytes, true);
 }
 
-bool ReplaceFileBytes(const AFilePath& path, const std::string& bytes) {
-    if (!path.isValid()) return false;
-    const std::string temporary = path.folderPart() + FSGanerateID() + ".tmp";
-    std::error_code failure = std::make_error_code(std::errc::io_error);
-    if (WriteBytes(temporary, bytes)) std::filesystem::rename(temporary, path.fullPath(), failure);
-    if (failure) std::remove(temporary.c_str());
-    return !failure;
+WriteOutcome ReplaceFileBytes(const AFilePath& path, std::string_view bytes, WriterId writer) {
+    if (!path.isValid()) return {};
+    const UnfinishedFile unfinished(path);
+    const std::string temporary = unfinished.Path(writer);
+    unfinished.RemoveLeftovers();
+    DeleteFileA(temporary.c_str());
+    if (const int error = WriteNewFile(temporary.c_str(), bytes)) return {false, error};
+    if (const int error = RenameOver(temporary.c_str(), path.fullPath().c_str())) {
+        DeleteFileA(temporary.c_str());
+        return {false, error};
+    }
+    return {true, 0};
 }

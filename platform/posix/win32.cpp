@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "platform/afx.h"
+#include "platform/posix/Descriptor.h"
 
 static_assert(ERROR_FILE_NOT_FOUND == ENOENT && ERROR_PATH_NOT_FOUND == ENOTDIR);
 
@@ -37,42 +38,9 @@ int Descriptor(HANDLE file) {
     return static_cast<int>(reinterpret_cast<std::intptr_t>(file));
 }
 
-/// A descriptor that is closed when the copy ends, by whatever way.
-class ScopedDescriptor {
-  public:
-    explicit ScopedDescriptor(int descriptor) : descriptor_(descriptor) {}
-    ~ScopedDescriptor() {
-        if (descriptor_ >= 0) close(descriptor_);
-    }
-    ScopedDescriptor(const ScopedDescriptor&) = delete;
-    ScopedDescriptor& operator=(const ScopedDescriptor&) = delete;
-    int Get() const { return descriptor_; }
-    int Release() {
-        const int descriptor = descriptor_;
-        descriptor_ = -1;
-        return descriptor;
-    }
-
-  private:
-    int descriptor_;
-};
-
 bool IsFolder(int descriptor) {
     struct stat status = {};
     return fstat(descriptor, &status) != 0 || S_ISDIR(status.st_mode);
-}
-
-bool WriteAll(int descriptor, const char* data, std::size_t count) {
-    while (count > 0) {
-        const ssize_t written = write(descriptor, data, count);
-        if (written < 0) {
-            if (errno == EINTR) continue;
-            return false;
-        }
-        data += written;
-        count -= static_cast<std::size_t>(written);
-    }
-    return true;
 }
 
 bool CopyBytes(int from, int to) {
@@ -81,7 +49,7 @@ bool CopyBytes(int from, int to) {
         const ssize_t count = read(from, buffer.data(), buffer.size());
         if (count < 0 && errno == EINTR) continue;
         if (count <= 0) return count == 0;
-        if (!WriteAll(to, buffer.data(), static_cast<std::size_t>(count))) return false;
+        if (!WriteAll(to, {buffer.data(), static_cast<std::size_t>(count)})) return false;
     }
 }
 
@@ -222,7 +190,7 @@ BOOL CopyFileA(const char* from, const char* to, BOOL failIfExists) {
     ScopedDescriptor copy(
         open(target.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | creation, 0666));
     if (copy.Get() < 0 || !CopyBytes(source.Get(), copy.Get())) return Fail();
-    return close(copy.Release()) == 0 ? TRUE : Fail();
+    return copy.Close() ? TRUE : Fail();
 }
 
 DWORD GetTickCount() {
