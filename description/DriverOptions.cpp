@@ -1,17 +1,19 @@
 #include "description/DriverOptions.h"
 
 #include <cstring>
-#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "host/AFile.h"
 #include "host/AFilePath.h"
 #include "host/AXMLTree.h"
 #include "host/FSGanerateID.h"
 #include "host/FileBytes.h"
+#include "host/LogText.h"
 #include "host/Numbers.h"
+#include "host/QL_LOG.h"
 #include "host/Text.h"
 #include "platform/PathRules.h"
 
@@ -41,33 +43,82 @@ std::optional<std::string_view> OptionsName(const DriverOptionBlock& block) {
     return name;
 }
 
-/// The block's options file where it stands; nothing when it stands in none of the folders.
-std::optional<AFilePath> ExistingFile(const DriverOptionBlock& block) {
-    const std::optional<std::string_view> name = OptionsName(block);
-    if (!name) return std::nullopt;
+/// Where a search for the block's options file ends: at the first file that is there, or that
+/// might be.
+struct OptionsFile {
+    AFilePath Path;
+    Existence Found = Existence::kMissing;
+    int SystemError = 0;
+};
+
+OptionsFile Search(std::string_view name) {
     for (const std::string_view folder : kSearchedFolders) {
-        AFilePath path = OptionsPath(folder, *name);
-        if (path.exists()) return path;
+        OptionsFile file = {OptionsPath(folder, name)};
+        file.Found = file.Path.LookFor(&file.SystemError);
+        if (file.Found != Existence::kMissing) return file;
     }
-    return std::nullopt;
+    return {OptionsPath(kNewFileFolder, name)};
 }
 
 /// The block's options file, made anew when it stands in none of the folders; nothing when the
 /// block names no file.
-std::optional<AFilePath> FindOptionsFile(DriverOptionBlock& block) {
-    if (!OptionsName(block)) return std::nullopt;
-    if (auto path = ExistingFile(block)) return path;
-    CreateDriverOptionsFile(block);
+std::optional<AFilePath> FindOptionsFile(DriverOptionBlock& block, WriterId writer) {
+    const std::optional<std::string_view> name = OptionsName(block);
+    if (!name) return std::nullopt;
+    const OptionsFile file = Search(*name);
+    if (file.Found != Existence::kMissing) return file.Path;
+    CreateDriverOptionsFile(block, writer);
     return OptionsPath(kNewFileFolder, FieldText(block.FileName, kMostNameCharacters));
 }
 
-bool LoadOptions(AXMLTree& document, const AFilePath& path) {
-    return document.loadFromFile(path, 1) != 0;
+void LogFault(int line, std::string_view what, std::string_view file, int systemError) {
+    LogText entry;
+    AppendFault(entry, what, file, systemError);
+    QL_LOG("description\\DriverOptions", line, 'E', entry.View());
 }
 
-bool FindOptions(const AXMLTree& document, AXMLTreeNode& options) {
+/// Loads an options file and finds the element that holds the choice.
+bool LoadOptions(const AFilePath& path, AXMLTree& document, AXMLTreeNode& options,
+                 int& systemError) {
+    const std::optional<std::string> text = ReadFileBytes(path, kMostTextBytes, &systemError);
     AXMLTreeNode root;
-    return document.getRootNode(root) != 0 && document.getChild(kElement, root, options) != 0;
+    return text && document.loadXML(*text, 1) != 0 && document.getRootNode(root) != 0 &&
+           document.getChild(kElement, root, options) != 0;
+}
+
+bool ReadWhiteType(const AFilePath& path, int32_t& whiteType, int& systemError) {
+    AXMLTree document("RootElement");
+    AXMLTreeNode options;
+    if (!LoadOptions(path, document, options, systemError)) return false;
+    const AString value = document.getAttribute(options, kAttribute);
+    whiteType = value.empty() ? -1 : Atoi(value);
+    return true;
+}
+
+/// Deletes the file that the block names in the folder where new ones are made.
+void DeleteNamedFile(const DriverOptionBlock& block) {
+    const auto name = OptionsName(block);
+    if (!name) return;
+    const AFilePath path = OptionsPath(kNewFileFolder, *name);
+    if (path.exists()) AFile::DeleteFileA(path, 1);
+}
+
+void MakeNewFile(DriverOptionBlock& block, WriterId writer) {
+    const AString name = AString(kNamePrefix) + FSGanerateID() + ".xml";
+    block.Kind = DriverOptionBlock::kNamesOptionsFile;
+    CopyText(block.FileName, sizeof block.FileName, name);
+
+    AXMLTree document("RootElement");
+    AXMLTreeNode root;
+    AXMLTreeNode options;
+    document.getRootNode(root);
+    document.addChild(options, root, kElement, "", -1);
+    document.setAttribute(options, kAttribute, kNoneChosen);
+    const AFilePath path = OptionsPath(kNewFileFolder, name);
+    int systemError = 0;
+    // Without the folder there is no file; the next look-up tries again with a new name.
+    if (document.saveToFile(path, writer, &systemError) == 0)
+        LogFault(__LINE__, "an options file cannot be made", path.fullPath(), systemError);
 }
 
 /// -1 for a character that is no hexadecimal digit.
@@ -91,69 +142,90 @@ uint8_t HexByte(std::string_view pair) {
 
 }  // namespace
 
-void CreateDriverOptionsFile(DriverOptionBlock& block) {
-    if (const auto earlier = OptionsName(block)) {
-        const AFilePath path = OptionsPath(kNewFileFolder, *earlier);
-        if (path.exists()) AFile::DeleteFileA(path, 1);
-    }
-    const AString name = AString(kNamePrefix) + FSGanerateID() + ".xml";
-    block.Kind = DriverOptionBlock::kNamesOptionsFile;
-    CopyText(block.FileName, sizeof block.FileName, name);
-
-    AXMLTree document("RootElement");
-    AXMLTreeNode root;
-    AXMLTreeNode options;
-    document.getRootNode(root);
-    document.addChild(options, root, kElement, "", -1);
-    document.setAttribute(options, kAttribute, kNoneChosen);
-    // Without the folder there is no file; the next look-up tries again with a new name.
-    document.saveToFile(OptionsPath(kNewFileFolder, name));
+void CreateDriverOptionsFile(DriverOptionBlock& block, WriterId writer) {
+    DeleteNamedFile(block);
+    MakeNewFile(block, writer);
 }
 
-void EnsureDriverOptions(DriverOptionBlock& block) {
-    if (block.Kind != DriverOptionBlock::kNamesOptionsFile) CreateDriverOptionsFile(block);
+void EnsureDriverOptions(DriverOptionBlock& block, WriterId writer) {
+    if (block.Kind != DriverOptionBlock::kNamesOptionsFile) CreateDriverOptionsFile(block, writer);
 }
 
 bool HasDriverOptions(const DriverOptionBlock& block) {
-    return block.Kind == DriverOptionBlock::kNamesOptionsFile && ExistingFile(block).has_value();
+    const std::optional<std::string_view> name = OptionsName(block);
+    return block.Kind == DriverOptionBlock::kNamesOptionsFile && name &&
+           Search(*name).Found == Existence::kExists;
 }
 
-int32_t ReadDriverOptions(DriverOptionBlock& block, int32_t& whiteType) {
-    const std::optional<AFilePath> path = FindOptionsFile(block);
-    AXMLTree document("RootElement");
-    AXMLTreeNode options;
-    if (!path || !LoadOptions(document, *path) || !FindOptions(document, options)) return 0;
-    const AString value = document.getAttribute(options, kAttribute);
-    whiteType = value.empty() ? -1 : Atoi(value);
-    return 1;
+int32_t ReadDriverOptions(DriverOptionBlock& block, int32_t& whiteType, WriterId writer) {
+    const std::optional<AFilePath> path = FindOptionsFile(block, writer);
+    int systemError = 0;
+    return path && ReadWhiteType(*path, whiteType, systemError) ? 1 : 0;
 }
 
-void WriteDriverOptions(DriverOptionBlock& block, int32_t whiteType) {
-    const std::optional<AFilePath> path = FindOptionsFile(block);
+void WriteDriverOptions(DriverOptionBlock& block, int32_t whiteType, WriterId writer) {
+    const std::optional<AFilePath> path = FindOptionsFile(block, writer);
+    if (!path) {
+        LogFault(__LINE__, "the white choice cannot be stored, the options block names no file",
+                 FieldText(block.FileName, kMostNameCharacters), 0);
+        return;
+    }
     AXMLTree document("RootElement");
     AXMLTreeNode options;
-    if (!path || !LoadOptions(document, *path) || !FindOptions(document, options)) return;
+    int systemError = 0;
+    if (!LoadOptions(*path, document, options, systemError)) {
+        LogFault(__LINE__, "the white choice cannot be stored, its file cannot be read",
+                 path->fullPath(), systemError);
+        return;
+    }
     document.setAttribute(options, kAttribute, std::to_string(whiteType));
-    document.saveToFile(*path);  // a failed save leaves the file as it was
+    // A failed save leaves the file as it was.
+    if (document.saveToFile(*path, writer, &systemError) == 0)
+        LogFault(__LINE__, "the white choice cannot be stored", path->fullPath(), systemError);
 }
 
-DriverOptionsSnapshot::DriverOptionsSnapshot(const DriverOptionBlock& block) : block_(block) {
-    if (const auto name = OptionsName(block)) {
-        path_ = OptionsPath(kNewFileFolder, *name);
-        content_ = ReadFileBytes(*path_);
+OptionsState PeekDriverOptions(const DriverOptionBlock& block, int32_t& whiteType,
+                               OptionsPlace* place) {
+    const std::optional<std::string_view> name = OptionsName(block);
+    if (!name) return OptionsState::kNone;
+    OptionsFile file = Search(*name);
+    OptionsState state = OptionsState::kMissing;
+    if (file.Found == Existence::kUnknown) state = OptionsState::kUnreadable;
+    if (file.Found == Existence::kExists) {
+        const bool isRead = ReadWhiteType(file.Path, whiteType, file.SystemError);
+        state = isRead ? OptionsState::kRead : OptionsState::kUnreadable;
+    }
+    if (place != nullptr) *place = {std::move(file.Path), file.SystemError};
+    return state;
+}
+
+DriverOptionsEdit::DriverOptionsEdit(DriverOptionBlock& block, WriterId writer)
+    : block_(block), before_(block), writer_(writer) {}
+
+DriverOptionsEdit::~DriverOptionsEdit() {
+    if (isKept_) return;
+    const bool hasOther = NamesAnother();
+    const DriverOptionBlock made = std::exchange(block_, before_);
+    try {
+        if (hasOther) DeleteNamedFile(made);
+    } catch (...) {
+        // Without memory for its path the file stays, which no block names.
     }
 }
 
-void DriverOptionsSnapshot::Restore(DriverOptionBlock& block) const {
-    const auto name = OptionsName(block);
-    const bool isOther =
-        name && (!path_ || OptionsPath(kNewFileFolder, *name).fullPath() != path_->fullPath());
-    if (isOther) {
-        const AFilePath made = OptionsPath(kNewFileFolder, *name);
-        if (made.exists()) AFile::DeleteFileA(made, 1);
-    }
-    if (content_ && ReadFileBytes(*path_) != content_) ReplaceFileBytes(*path_, *content_);
-    block = block_;
+void DriverOptionsEdit::StartOver() {
+    if (NamesAnother()) DeleteNamedFile(block_);
+    MakeNewFile(block_, writer_);
+}
+
+void DriverOptionsEdit::Keep() {
+    if (NamesAnother()) DeleteNamedFile(before_);
+    isKept_ = true;
+}
+
+bool DriverOptionsEdit::NamesAnother() const {
+    return FieldText(block_.FileName, kMostNameCharacters) !=
+           FieldText(before_.FileName, kMostNameCharacters);
 }
 
 bool DecodeDriverOptionsText(const char* text, DriverOptionBlock& block) {

@@ -12,20 +12,17 @@
 #include "platform/NewFile.h"
 #include "platform/Process.h"
 #include "platform/Stream.h"
+#include "platform/SystemError.h"
 #include "platform/win32.h"
 
 namespace {
 
 /// Reads to the file's end, or with `untilNul` to its first NUL byte.
-std::optional<std::string> ReadBytes(const AFilePath& path, std::uint64_t mostBytes,
-                                     bool untilNul) {
-    if (!path.isValid()) return std::nullopt;
-    const Stream file = OpenStream(path.fullPath().c_str(), "rb");
-    if (file == nullptr) return std::nullopt;
+std::optional<std::string> ReadStream(std::FILE* file, std::uint64_t mostBytes, bool untilNul) {
     std::string bytes;
     std::vector<char> block(std::size_t{64} * 1024);
     std::size_t count = 0;
-    while ((count = std::fread(block.data(), 1, block.size(), file.get())) > 0) {
+    while ((count = std::fread(block.data(), 1, block.size(), file)) > 0) {
         const void* const nul = untilNul ? std::memchr(block.data(), 0, count) : nullptr;
         if (nul != nullptr)
             count = static_cast<std::size_t>(static_cast<const char*>(nul) - block.data());
@@ -33,7 +30,17 @@ std::optional<std::string> ReadBytes(const AFilePath& path, std::uint64_t mostBy
         bytes.append(block.data(), count);
         if (nul != nullptr) return bytes;
     }
-    if (std::ferror(file.get()) != 0) return std::nullopt;
+    if (std::ferror(file) != 0) return std::nullopt;
+    return bytes;
+}
+
+std::optional<std::string> ReadBytes(const AFilePath& path, std::uint64_t mostBytes, bool untilNul,
+                                     int* systemError) {
+    std::optional<std::string> bytes;
+    ForgetSystemError();
+    const Stream file = path.isValid() ? OpenStream(path.fullPath().c_str(), "rb") : nullptr;
+    if (file != nullptr) bytes = ReadStream(file.get(), mostBytes, untilNul);
+    if (!bytes && systemError != nullptr) *systemError = LastSystemError();
     return bytes;
 }
 
@@ -97,12 +104,14 @@ class UnfinishedFile {
 
 }  // namespace
 
-std::optional<std::string> ReadFileBytes(const AFilePath& path, std::uint64_t mostBytes) {
-    return ReadBytes(path, mostBytes, false);
+std::optional<std::string> ReadFileBytes(const AFilePath& path, std::uint64_t mostBytes,
+                                         int* systemError) {
+    return ReadBytes(path, mostBytes, false, systemError);
 }
 
-std::optional<std::string> ReadFileText(const AFilePath& path, std::uint64_t mostBytes) {
-    return ReadBytes(path, mostBytes, true);
+std::optional<std::string> ReadFileText(const AFilePath& path, std::uint64_t mostBytes,
+                                        int* systemError) {
+    return ReadBytes(path, mostBytes, true, systemError);
 }
 
 WriteOutcome ReplaceFileBytes(const AFilePath& path, std::string_view bytes, WriterId writer) {

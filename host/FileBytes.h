@@ -13,14 +13,17 @@
 inline constexpr std::uint64_t kMostTextBytes = std::uint64_t{64} * 1024 * 1024;
 
 /// The whole content of a file of at most `mostBytes` bytes; nothing when it cannot be read or is
-/// larger. Read in blocks, so that a file's claimed size never decides what is allocated; a pipe
-/// does not block.
+/// larger; then `systemError`, where given, receives the system's number for it, 0 where it gave
+/// none. Read in blocks, so that a file's claimed size never decides what is allocated; a pipe does
+/// not block.
 std::optional<std::string> ReadFileBytes(const AFilePath& path,
-                                         std::uint64_t mostBytes = kMostTextBytes);
+                                         std::uint64_t mostBytes = kMostTextBytes,
+                                         int* systemError = nullptr);
 
 /// A file's content up to its first NUL byte, likewise; what stands behind that is not read.
 std::optional<std::string> ReadFileText(const AFilePath& path,
-                                        std::uint64_t mostBytes = kMostTextBytes);
+                                        std::uint64_t mostBytes = kMostTextBytes,
+                                        int* systemError = nullptr);
 
 /// How a write went.
 struct WriteOutcome {

@@ -32,3 +32,7 @@ class LogText {
     char text_[9216];
     std::size_t size_ = 0;
 };
+
+/// Appends "WHAT: SUBJECT: REASON" to an entry. `subject` is a file or a name, "" for none;
+/// `systemError` the system's number for the reason, 0 where it gave none.
+void AppendFault(LogText& entry, std::string_view what, std::string_view subject, int systemError);

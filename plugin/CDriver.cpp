@@ -44,7 +44,8 @@ int32_t CDriver::EditOptions(DriverOptionBlock& options, int32_t mode, PrintSett
     const PrintSettings earlier = writer_->StoredSettings();
     writer_->SetPrintSettings(&settings);
     if (mode != kNewFileAndDialog && mode != kNewFileOnly && mode != kDialogOnly) return 0;
-    if (mode != kDialogOnly) CreateDriverOptionsFile(options);
+    if (mode != kDialogOnly)
+        CreateDriverOptionsFile(options, static_cast<const RTL&>(*writer_).Id());
     if (mode == kNewFileOnly) return 1;
     if (settings.ManufacturerName[0] == '\0' && earlier.ManufacturerName[0] != '\0') {
         CopyText(settings.ManufacturerName, sizeof settings.ManufacturerName,

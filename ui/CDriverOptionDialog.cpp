@@ -25,7 +25,7 @@ CDriverOptionDialog::CDriverOptionDialog(HWND parent, DriverOptionBlock* block,
       settings_(settings),
       writer_(std::make_unique<RTL>()) {
     if (settings_ != nullptr) writer_->ReadOutputSettings(*settings_);
-    EnsureDriverOptions(*block_);
+    EnsureDriverOptions(*block_, Writer());
 }
 
 CDriverOptionDialog::~CDriverOptionDialog() = default;
@@ -97,8 +97,12 @@ BOOL CDriverOptionDialog::OnCommand(WPARAM wParam, LPARAM lParam) {
     return TRUE;
 }
 
+void CDriverOptionDialog::GiveNewFile() {
+    CreateDriverOptionsFile(*block_, Writer());
+}
+
 void CDriverOptionDialog::OnRestoreDefaults() {
-    CreateDriverOptionsFile(*block_);
+    GiveNewFile();
     writer_->SetSupportWhiteType(-1);
     const ModelOutputSettings& model = writer_->OutputSettings();
     whiteChoice_ = PositionOf(model.DefaultWhiteType, model.WhiteTypeCodes);

@@ -27,6 +27,9 @@ class CDriverOptionDialog : public CPropertyPage {
     void DoDataExchange(CDataExchange* exchange) override;
     void ShowStoredChoice();
     void StoreChoice();
+    /// Gives the block a new options file in place of the one that it names.
+    virtual void GiveNewFile();
+    WriterId Writer() const { return writer_->Id(); }
 
   private:
     /// The choice goes back to the model's default.

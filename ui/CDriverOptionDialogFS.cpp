@@ -1,8 +1,11 @@
 #include "ui/CDriverOptionDialogFS.h"
 
-#include "description/DriverOptions.h"
 #include "ui/DialogScript.h"
 #include "ui/OptionsDialogTemplate.h"
+
+CDriverOptionDialogFS::CDriverOptionDialogFS(HWND parent, DriverOptionBlock* block,
+                                             PrintSettings* settings)
+    : CDriverOptionDialog(parent, block, settings), edit_(*block, Writer()) {}
 
 BOOL CDriverOptionDialogFS::OnInitDialog() {
     const AFX_MAINTAIN_STATE2 moduleState(AfxGetStaticModuleState());
@@ -18,6 +21,7 @@ void CDriverOptionDialogFS::OnOK() {
     const AFX_MAINTAIN_STATE2 moduleState(AfxGetStaticModuleState());
     CDriverOptionDialog::OnOK();
     StoreChoice();
+    edit_.Keep();
     EndDialog(IDOK);
 }
 
@@ -27,16 +31,11 @@ void CDriverOptionDialogFS::OnCancel() {
     EndDialog(IDCANCEL);
 }
 
+void CDriverOptionDialogFS::GiveNewFile() {
+    edit_.StartOver();
+}
+
 int EditDriverOptions(HWND parent, DriverOptionBlock& block, PrintSettings& settings) {
-    const DriverOptionsSnapshot before(block);
     CDriverOptionDialogFS dialog(parent, &block, &settings);
-    int answer = IDCANCEL;
-    try {
-        answer = RunByScriptOrWindow(dialog);
-    } catch (...) {
-        before.Restore(block);
-        throw;
-    }
-    if (answer != IDOK) before.Restore(block);
-    return answer;
+    return RunByScriptOrWindow(dialog);
 }

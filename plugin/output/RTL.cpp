@@ -99,7 +99,7 @@ int32_t RTL::AreOptionsDifferent(DriverOptionBlock* a, DriverOptionBlock* b) {
 
 int32_t RTL::EnsureDriverOptions(DriverOptionBlock* options) {
     if (options == nullptr) return 0;
-    ::EnsureDriverOptions(*options);
+    ::EnsureDriverOptions(*options, id_);
     return 1;
 }
 
@@ -109,8 +109,8 @@ int32_t RTL::ReadOutputSettings(const PrintSettings& settings) {
 
 int32_t RTL::LoadDriverOptions(DriverOptionBlock* block, int32_t load) {
     if (block == nullptr) return 0;
-    if (load == kReadOptions) return ReadDriverOptions(*block, model_.SupportWhiteType);
-    WriteDriverOptions(*block, model_.SupportWhiteType);
+    if (load == kReadOptions) return ReadDriverOptions(*block, model_.SupportWhiteType, id_);
+    WriteDriverOptions(*block, model_.SupportWhiteType, id_);
     return 0;
 }
 

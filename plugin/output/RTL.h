@@ -3,6 +3,7 @@
 #include "PrinterDriver/Common/Xsrc/APageBaseRTL.h"
 #include "description/CDynamic.h"
 #include "description/ModelOutputSettings.h"
+#include "host/WriterId.h"
 #include "plugin/output/ChannelFiles.h"
 #include "plugin/output/PageFolder.h"
 #include "plugin/output/PagePreview.h"
@@ -53,6 +54,8 @@ class RTL : public APageBaseRTL {
     /// 0 when they cannot be read.
     int32_t ReadOutputSettings(const PrintSettings& settings);
     const ModelOutputSettings& OutputSettings() const { return model_; }
+    /// Who writes the options files, headers and tickets of this writer.
+    WriterId Id() const { return id_; }
     /// The white choice that the next write of the options stores; -1 for none.
     void SetSupportWhiteType(int32_t whiteType) { model_.SupportWhiteType = whiteType; }
 
@@ -85,6 +88,7 @@ class RTL : public APageBaseRTL {
     void CheckDiskSpace();
     [[noreturn]] void RaiseWriteDataError();
 
+    const WriterId id_ = WriterId::Next();
     CDynamic description_;
     ModelOutputSettings model_;
     DriverOptionBlock* options_ = nullptr;  ///< of the job, in the driver's JobContext

@@ -1,5 +1,8 @@
 // The options dialog by its script, and the options page through its table.
 
+#include <sys/stat.h>
+
+#include "FileSizeLimit.h"
 #include "JobRunner.h"
 
 namespace {
@@ -139,6 +142,32 @@ TEST_F(OptionsDialogTest, OtherOffers) {
     Store("3");
     EXPECT_EQ(Answer("press 1"), Texts{Report(-1, "[]", "[1,2,1003]")});
     EXPECT_EQ(Stored(), "3");
+}
+
+// The earlier file stands in its place until the dialog has ended: a cancelled one needs no room to
+// bring it back. What OK cannot store is said.
+TEST_F(OptionsDialogTest, OnAFullDisk) {
+    Offer(kOffer);
+    Store("1");
+    const std::filesystem::path file = folder.Options() / block.FileName;
+    const std::string large = ReadText(file) + "<!--" + std::string(10000, 'x') + "-->";
+    WriteText(file, large);
+    const DriverOptionBlock before = block;
+    struct stat earlier = {};
+    ASSERT_EQ(stat(file.c_str(), &earlier), 0);
+    const FileSizeLimit full(4096);  // messages and log have room
+    for (const char* script :
+         {"press 1003\npress 1003\npress 2", "press 1003\n", "select 1\npress 1"}) {
+        Answer(script);
+        struct stat now = {};
+        EXPECT_EQ(stat(file.c_str(), &now), 0);
+        EXPECT_EQ(now.st_ino, earlier.st_ino) << script;
+        EXPECT_EQ(ReadText(file), large);
+        EXPECT_EQ(std::memcmp(&before, &block, sizeof block), 0) << script;
+        EXPECT_EQ(Listing(folder.Options()), Texts{before.FileName}) << script;
+    }
+    ASSERT_EQ(folder.Log().size(), 1U) << "of the choice that OK did not store";
+    EXPECT_NE(folder.Log()[0].find(file.string() + ": File too large"), std::string::npos);
 }
 
 // A block whose file is gone gets one while the dialog is open; Cancel takes it away.
