@@ -59,6 +59,7 @@ int32_t CDynamic::LoadDescription(const char* modelName) {
 }
 
 bool CDynamic::ReadDescription(const char* modelName) {
+    root_ = AXMLTreeNode();  // of what an earlier load left when memory ran out
     const std::optional<AString> fileName = FindModelDescriptionFile(modelName);
     if (!fileName) return ShowFault("Cannot get XML ");
     if (document_.loadFromFileEn(AFilePath().Append("OutputDrivers").Append(*fileName), 1) == 0) {
@@ -67,6 +68,7 @@ bool CDynamic::ReadDescription(const char* modelName) {
     if (document_.getRootNode(root_) == 0) return ShowFault("Getting root node fails");
     DescriptionLists lists;
     if (!ReadDescriptionLists(*this, lists)) return false;
+    modelName_ = modelName;
     lists_ = std::move(lists);
     return true;
 }
@@ -233,6 +235,19 @@ int32_t CDynamic::FindChildByID(const AXMLTreeNode& parent, int32_t identifier,
     if (!found) return 0;
     if (child != nullptr) *child = *found;
     return 1;
+}
+
+bool CDynamic::LeadIdentifiersToPositions(int32_t colorMode) const {
+    if (!IsColorMode(colorMode)) return true;
+    const auto isFirst = [](const ADWordArray& identifiers, uint32_t position) {
+        const auto found = std::find(identifiers.begin(), identifiers.end(), position);
+        return found - identifiers.begin() == position;
+    };
+    const auto mode = static_cast<uint32_t>(colorMode);
+    const ADWordArray& colors = lists_.ColorModeRecords[mode]->Colors;
+    return isFirst(lists_.ColorModes.Identifiers, mode) &&
+           std::all_of(colors.begin(), colors.end(),
+                       [&](uint32_t color) { return isFirst(lists_.Colors.Identifiers, color); });
 }
 
 bool CDynamic::FindAllowedMedia(int32_t mediaId, AXMLTreeNode& media) {

@@ -48,6 +48,14 @@ class CDynamic {
     virtual int32_t FindChildByID(const AXMLTreeNode& parent, int32_t identifier,
                                   AXMLTreeNode* child);
 
+    /// The model name with which the description was loaded; "" before a load.
+    const AString& LoadedModelName() const { return modelName_; }
+    /// Whether those who go by identifiers and those who go by positions mean the same: the colour
+    /// mode at this position is the first one whose `ID` is that position, and for each of its
+    /// colorants the first colour whose `ID` is the colorant's stands at that position. Otherwise a
+    /// job's channels get the names of other colours. True for a position without a colour mode.
+    bool LeadIdentifiersToPositions(int32_t colorMode) const;
+
   private:
     bool ReadDescription(const char* modelName);
     void ForgetDescription();
@@ -59,6 +67,7 @@ class CDynamic {
     void CopyColorModeName(int32_t position, char* name) const;
 
     int32_t loaded_ = 0;
+    AString modelName_;
     AEnXMLTree document_{"RootElement"};
     AXMLTreeNode root_;
     DescriptionLists lists_;

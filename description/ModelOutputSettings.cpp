@@ -112,10 +112,11 @@ std::optional<AXMLTreeNode> FindChild(const AXMLTree& document, const AXMLTreeNo
 void ReadModelEntry(const AXMLTree& document, const AXMLTreeNode& root, std::string_view modelName,
                     ModelOutputSettings& output) {
     AXMLTreeNode models;
-    document.getChild("ModelList", root, models);
+    output.HasModelList = document.getChild("ModelList", root, models) != 0;
     const auto entry = FindChild(document, models, [&](const AXMLTreeNode& model) {
         return document.getAttribute(model, "Name") == modelName;
     });
+    output.HasModelEntry = entry.has_value();
     if (entry) EntryReader(document, *entry, output).Read();
 }
 
@@ -181,7 +182,8 @@ AString GetChannelName(CDynamic& description, const AString& colorName, const ch
 }
 
 void ReadWhiteOffer(std::string_view offer, ModelOutputSettings& output) {
-    if (offer.empty()) {
+    output.OffersWhite = !offer.empty();
+    if (!output.OffersWhite) {
         output.DefaultWhiteType = -1;
         return;
     }

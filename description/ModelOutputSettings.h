@@ -11,12 +11,17 @@
 /// How a model's output files are shaped, read from the description's entry for the model. The
 /// initial values are those before any read.
 struct ModelOutputSettings {
+    bool HasModelList = false;   ///< the description that was last read has a `ModelList`
+    bool HasModelEntry = false;  ///< and in it an entry of the model's
+
     int32_t LineByLine = 0;
     int32_t PrinterDirection = 0;  ///< 1: pages are written bottom line first
     int32_t CreateFolder = 1;
 
     int32_t SupportWhiteType = -1;  ///< the user's choice; -1 is none
-    int32_t DefaultWhiteType = -1;  ///< -1: the model offers no white
+    /// Whether the entry that was last read offers white. The lists below can be an earlier one's.
+    bool OffersWhite = false;
+    int32_t DefaultWhiteType = -1;
     AStringArray WhiteTypeNames;
     std::vector<int32_t> WhiteTypeCodes;
     std::vector<int32_t> WhiteHeaderCodes;
@@ -24,8 +29,7 @@ struct ModelOutputSettings {
     /// The user's choice where there is one, else the model's default; -1 for a model that offers
     /// no white, whatever was chosen for another.
     int32_t EffectiveWhiteType() const {
-        const bool offersWhite = DefaultWhiteType != -1 || !WhiteTypeCodes.empty();
-        if (!offersWhite) return -1;
+        if (!OffersWhite) return -1;
         return SupportWhiteType >= 0 ? SupportWhiteType : DefaultWhiteType;
     }
 
@@ -57,7 +61,8 @@ int32_t ReadModelOutputSettings(CDynamic& description, const PrintSettings& sett
 AString GetChannelName(CDynamic& description, const AString& colorName, const char* modelName);
 
 /// Reads a white-ink offer, the text of `SupportWhite`, into `output`: default type, bar, names;
-/// type codes; header codes. An empty one takes the default type away and leaves the lists.
+/// type codes; header codes. An empty one offers nothing: it takes the default type away and leaves
+/// the lists.
 void ReadWhiteOffer(std::string_view offer, ModelOutputSettings& output);
 
 /// Splits `text` at the first occurrence of the first of `separators` that occurs in it: `head`

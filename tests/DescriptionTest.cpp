@@ -143,6 +143,32 @@ TEST(DescriptionTest, FindsColorModesByNameAndPosition) {
     EXPECT_EQ(description.FindColorModeID("one ink"), 77);
 }
 
+// Colour mode 0 has the colours 0 to 3, mode 1 has colour 3, mode 2 none.
+TEST(DescriptionTest, TellsWhereIdentifiersLeadToOtherPositions) {
+    const struct {
+        std::vector<Edit> edits;
+        const char* modes;  ///< of positions 0 to 3
+    } cases[] = {
+        {{}, "yyyy"},
+        {{{"<ID>0</ID><InternalName>cmyk", "<ID>7</ID><InternalName>cmyk"}}, "nyyy"},
+        {{{"<ID>1</ID><InternalName>gray", "<ID>2</ID><InternalName>gray"}}, "ynny"},
+        {{{"<ID>3</ID><InternalName>Black", "<ID>8</ID><InternalName>Black"}}, "nnyy"},
+        {{{"<ID>4</ID><InternalName>White", "<ID>1</ID><InternalName>White"}}, "yyyy"},
+        {{{"<ID>0</ID><InternalName>Cyan", "<ID>3</ID><InternalName>Cyan"}}, "nnyy"},
+    };
+    for (const auto& [edits, modes] : cases) {
+        Description description(edits);
+        EXPECT_EQ(description.LoadedModelName(), "");
+        EXPECT_EQ(description.LoadDescription("Roll"), 1);
+        EXPECT_EQ(description.LoadDescription("Other"), 1);
+        EXPECT_EQ(description.LoadedModelName(), "Roll");
+        std::string found;
+        for (int32_t mode = 0; mode < 4; ++mode)
+            found += description.LeadIdentifiersToPositions(mode) ? 'y' : 'n';
+        EXPECT_EQ(found, modes) << (edits.empty() ? "" : edits[0].to);
+    }
+}
+
 TEST(DescriptionTest, ListsColorantsAndNamesFromResources) {
     // The media are numbered from 7999, 8000 and 8001 on: the first resource is the third medium's.
     Description description(

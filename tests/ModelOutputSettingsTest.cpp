@@ -60,6 +60,33 @@ TEST_F(OutputRules, AreThoseOfTheModelsEntry) {
               R"(header roll.txt filename.hdr 0; preview BMP 500 500 1 )");
 }
 
+// The lists of an earlier model's offer stay, and offer nothing.
+TEST_F(OutputRules, OfferWhiteAsTheLastEntryReadDoes) {
+    folder_.InstallModel("",
+                         Edited(kGoodDescription, {{"<Model Name=\"Plain\"",
+                                                    "<Model Name='None' SupportWhite='-1|A;1;1'/>"
+                                                    "<Model Name=\"Plain\""}}));
+    const struct {
+        const char* model;
+        bool hasEntry;
+        int32_t chosen;  ///< -1: the effective treatment without a choice
+        int32_t none;
+    } cases[] = {
+        {"No entry", false, -1, -1}, {"Roll", true, 5, 2},        {"Roll 2", false, 5, 2},
+        {"Plain", true, -1, -1},     {"No entry", false, -1, -1}, {"None", true, 5, -1},
+    };
+    for (const auto& [model, hasEntry, chosen, none] : cases) {
+        SCOPED_TRACE(model);
+        EXPECT_EQ(Read(model), 1);
+        EXPECT_TRUE(output_.HasModelList);
+        EXPECT_EQ(output_.HasModelEntry, hasEntry);
+        output_.SupportWhiteType = 5;
+        EXPECT_EQ(output_.EffectiveWhiteType(), chosen);
+        output_.SupportWhiteType = -1;
+        EXPECT_EQ(output_.EffectiveWhiteType(), none);
+    }
+}
+
 TEST_F(OutputRules, ReadTheWhiteOffer) {
     const std::pair<const char*, const char*> cases[] = {
         {"3", R"(-1 of 3 [""] [0] [0])"},

@@ -56,8 +56,7 @@ BOOL CDriverOptionDialog::OnInitDialog() {
 void CDriverOptionDialog::ShowStoredChoice() {
     writer_->LoadDriverOptions(block_, kRead);
     const ModelOutputSettings& model = writer_->OutputSettings();
-    const int32_t type =
-        model.SupportWhiteType >= 0 ? model.SupportWhiteType : model.DefaultWhiteType;
+    const int32_t type = model.EffectiveWhiteType();
     const int position = type == -1 ? -1 : PositionOf(type, model.WhiteTypeCodes);
     if (position >= 0) whiteChoice_ = position;
     UpdateData(FALSE);
