@@ -85,9 +85,9 @@ Existence AFilePath::LookFor(int* systemError) const {
     if (!valid_) return Existence::kMissing;
     if (GetFileAttributesA(path_.c_str()) != INVALID_FILE_ATTRIBUTES) return Existence::kExists;
     const DWORD error = GetLastError();
-    if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) return Existence::kMissing;
     if (systemError != nullptr) *systemError = static_cast<int>(error);
-    return Existence::kUnknown;
+    const bool isMissing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+    return isMissing ? Existence::kMissing : Existence::kUnknown;
 }
 
 AString AFilePath::folderPart() const {

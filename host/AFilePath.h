@@ -28,7 +28,7 @@ class AFilePath {
 
     bool isValid() const { return valid_; }
     /// Whether a file or folder stands there. `systemError`, where given, receives the system's
-    /// number for why it cannot say; it stays as it is otherwise. An invalid path is missing.
+    /// number for why it sees none; it stays as it is otherwise. An invalid path is missing.
     Existence LookFor(int* systemError = nullptr) const;
     /// Whether the system says that one stands there.
     bool exists() const { return LookFor() == Existence::kExists; }

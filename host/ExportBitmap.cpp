@@ -10,8 +10,8 @@
 
 #include "host/ChannelWriter.h"
 #include "host/CopyRow.h"
-#include "host/QL_LOG.h"
 #include "host/Text.h"
+#include "platform/SystemError.h"
 
 namespace {
 
@@ -86,9 +86,10 @@ struct ExportBitmap::File {
         return std::fclose(stream.release()) == 0 && complete;
     }
 
+    /// Notes that the file lacks something, and the system's reason.
     void Fail() {
+        systemError = LastSystemError();
         hasFailed = true;
-        QL_LOG("host\\ExportBitmap", __LINE__, 'E', "Cannot write " + path);
     }
 
     std::string path;
@@ -98,6 +99,7 @@ struct ExportBitmap::File {
     std::unique_ptr<ChannelWriter> writer;
     uint32_t lines = 0;  // received
     bool hasFailed = false;
+    int systemError = 0;
 
   private:
     void Gather(const uint8_t* data, uint32_t count) {
@@ -124,8 +126,10 @@ ExportBitmap::ExportBitmap(const char* path, uint32_t width, uint32_t height, do
     const std::optional<ChannelFormat> format =
         CheckedFormat(width, height, xResolution, yResolution, bits);
     if (path == nullptr || !format) return;
+    ForgetSystemError();
     try {
         Stream stream = OpenStream(path, "wb");
+        systemError_ = LastSystemError();
         if (stream != nullptr) file_ = std::make_unique<File>(path, std::move(stream), *format);
     } catch (...) {
         // Out of memory: not open.
@@ -133,20 +137,15 @@ ExportBitmap::ExportBitmap(const char* path, uint32_t width, uint32_t height, do
 }
 
 ExportBitmap::~ExportBitmap() {
-    if (file_ == nullptr || file_->stream == nullptr) return;
-    if (file_->hasFailed) {
-        ReleaseSpace(file_->stream.get());
-        return;
-    }
-    try {
-        if (!file_->Close()) file_->Fail();
-    } catch (...) {
-        // Out of memory while closing: the short file is there to be seen.
-    }
+    Close();
 }
 
 bool ExportBitmap::IsOpen() const {
     return file_ != nullptr;
+}
+
+int ExportBitmap::SystemError() const {
+    return file_ != nullptr ? file_->systemError : systemError_;
 }
 
 int ExportBitmap::WriteBand(int lineCount, int bytesPerLine, const void* data) {
@@ -156,11 +155,32 @@ int ExportBitmap::WriteBand(int lineCount, int bytesPerLine, const void* data) {
         count > file_->format.height - file_->lines) {
         return 0;
     }
+    ForgetSystemError();
     try {
         if (file_->Take(static_cast<const uint8_t*>(data), count)) return 1;
         file_->Fail();
     } catch (...) {
-        file_->hasFailed = true;  // out of memory, perhaps for the log line too
+        file_->hasFailed = true;  // out of memory
+    }
+    return 0;
+}
+
+int ExportBitmap::Close() noexcept {
+    if (file_ == nullptr) return 0;
+    if (file_->stream == nullptr || file_->hasFailed) {
+        if (file_->stream != nullptr) {
+            ReleaseSpace(file_->stream.get());
+            file_->writer.reset();
+            file_->stream.reset();
+        }
+        return file_->hasFailed ? 0 : 1;
+    }
+    ForgetSystemError();
+    try {
+        if (file_->Close()) return 1;
+        file_->Fail();
+    } catch (...) {
+        file_->hasFailed = true;  // out of memory; the short file is there to be seen
     }
     return 0;
 }

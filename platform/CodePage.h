@@ -17,3 +17,5 @@ std::optional<std::string> ExactAnsiToUtf8(std::string_view text);
 /// A UTF-8 text in the code page. A character that the code page lacks becomes '?', as does each
 /// byte that is no UTF-8.
 std::string Utf8ToAnsi(std::string_view text);
+
+inline bool IsCodePageKnown() { return true; }

@@ -8,13 +8,15 @@
 class RandomAccessFile {
   public:
     RandomAccessFile() = default;
-    ~RandomAccessFile();
+    ~RandomAccessFile() { Close(); }
     RandomAccessFile(const RandomAccessFile&) = delete;
     RandomAccessFile& operator=(const RandomAccessFile&) = delete;
 
     /// False when the file cannot be opened for reading, which LastSystemError then tells, or is no
     /// regular file, where that is 0.
     [[nodiscard]] bool Open(const char* path);
+    /// Closes the file, if it is open.
+    void Close() noexcept;
     /// Bytes that the file held when it was opened; 0 before.
     std::uint64_t Size() const { return size_; }
     /// Reads up to `count` bytes at `offset`; answers the bytes read, fewer only at the file's end

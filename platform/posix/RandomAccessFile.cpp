@@ -8,8 +8,9 @@
 #include <cerrno>
 #include <limits>
 
-RandomAccessFile::~RandomAccessFile() {
+void RandomAccessFile::Close() noexcept {
     if (handle_ >= 0) close(static_cast<int>(handle_));
+    handle_ = -1;
 }
 
 bool RandomAccessFile::Open(const char* path) {

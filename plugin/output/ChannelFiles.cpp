@@ -3,17 +3,22 @@
 #include <algorithm>
 
 #include "PrinterDriver/Common/Xsrc/JobFault.h"
+#include "host/LogText.h"
 
 namespace {
 
 /// Planes of one value are written from a block of about this size over and over.
 constexpr int32_t kBlankBytes = 256 * 1024;
 
+constexpr const char* kSource = "plugin\\output\\ChannelFiles";
+constexpr const char* kNotGathered = "the temporary file does not take a line";
+
 }  // namespace
 
-void ChannelFiles::StartPage(const ChannelShape& shape, const PageFolder& folder,
+void ChannelFiles::StartPage(JobReport& report, const ChannelShape& shape, const PageFolder& folder,
                              ChannelNaming naming, int32_t channelCount) {
     Abandon();
+    report_ = &report;
     shape_ = shape;
     folder_ = &folder;
     naming_ = std::move(naming);
@@ -29,7 +34,7 @@ void ChannelFiles::MarkWritten(int32_t channel) {
     written_[static_cast<std::size_t>(channel)] = 1;
 }
 
-std::unique_ptr<ExportBitmap> ChannelFiles::CreateExporter(const AString& fileName) const {
+ChannelFiles::OpenChannel ChannelFiles::Create(uint32_t separation, const AString& fileName) const {
     const AFilePath path = folder_->File(fileName);
     const int64_t widthPixels = int64_t{shape_.lineBytes} * 8 / shape_.bits;
     // The exporter takes the resolution in double, the job delivers it in single precision.
@@ -37,23 +42,36 @@ std::unique_ptr<ExportBitmap> ChannelFiles::CreateExporter(const AString& fileNa
         path.fullPath().c_str(), static_cast<uint32_t>(widthPixels),
         static_cast<uint32_t>(shape_.heightLines), static_cast<float>(shape_.xResolution),
         static_cast<float>(shape_.yResolution), shape_.bits, 0, 0, nullptr, nullptr, 0);
-    if (!exporter->IsOpen()) Raise(kOutputFailed);
-    return exporter;
+    if (!exporter->IsOpen()) {
+        const bool isValid = path.isValid();
+        report_->Fail({kSource, __LINE__}, "the channel file cannot be created",
+                      isValid ? path.fullPath() : fileName, isValid ? exporter->SystemError() : 0);
+        Raise(kOutputFailed);
+    }
+    return {separation, path.fullPath(), std::move(exporter)};
 }
 
 bool ChannelFiles::Open(uint32_t separation, int32_t channel, const AString& name) {
     const bool first = !shape_.lineInterleaved || open_.empty();
     if (first) {
         if (!FlushReversed()) return false;
-        open_.clear();
+        Close();
     }
-    open_.push_back({separation, CreateExporter(naming_.FileName(channel, name))});
-    // Without the temporary file the channel is written top line first.
-    if (first && shape_.bottomLineFirst) {
-        const auto channels = shape_.lineInterleaved ? static_cast<int64_t>(written_.size()) : 1;
-        reversed_.Start(reversedPath_, int64_t{shape_.lineBytes} * shape_.heightLines * channels);
-    }
+    open_.push_back(Create(separation, naming_.FileName(channel, name)));
+    if (first && shape_.bottomLineFirst) StartGathering(open_.back());
     return true;
+}
+
+/// Without the temporary file the channel is written top line first.
+void ChannelFiles::StartGathering(const OpenChannel& channel) {
+    const auto channels = shape_.lineInterleaved ? static_cast<int64_t>(written_.size()) : 1;
+    if (reversed_.Start(reversedPath_, int64_t{shape_.lineBytes} * shape_.heightLines * channels))
+        return;
+    LogText what;
+    what << "channels are written top line first, from " << channel.path
+         << " on, for want of their temporary file";
+    report_->Note(Doubt::kReversedData, {kSource, __LINE__}, what.View(), reversedPath_.fullPath(),
+                  reversed_.SystemError());
 }
 
 ChannelFiles::OpenChannel* ChannelFiles::Find(uint32_t separation) {
@@ -65,23 +83,47 @@ ChannelFiles::OpenChannel* ChannelFiles::Find(uint32_t separation) {
 
 bool ChannelFiles::WriteLine(uint32_t separation, const uint8_t* line) {
     if (reversed_.IsOpen()) {
-        return reversed_.Append(line, static_cast<std::size_t>(shape_.lineBytes));
+        if (reversed_.Append(line, static_cast<std::size_t>(shape_.lineBytes))) return true;
+        report_->Fail({kSource, __LINE__}, kNotGathered, reversedPath_.fullPath(),
+                      reversed_.SystemError());
+        return false;
     }
     const OpenChannel* channel = Find(separation);
-    return channel != nullptr && channel->exporter->WriteBand(1, shape_.lineBytes, line) != 0;
+    if (channel == nullptr) return false;
+    if (channel->exporter->WriteBand(1, shape_.lineBytes, line) != 0) return true;
+    report_->Note(Doubt::kChannelLine, {kSource, __LINE__}, "a line cannot be written",
+                  channel->path, channel->exporter->SystemError());
+    return false;
+}
+
+void ChannelFiles::NoteShort(const OpenChannel& channel) {
+    report_->Note(Doubt::kShortChannel, {kSource, __LINE__},
+                  "the file lacks lines that it did not take", channel.path,
+                  channel.exporter->SystemError());
 }
 
 bool ChannelFiles::FlushReversed() {
     if (!reversed_.IsOpen()) return true;
-    // A record holds one line of every open channel. A line that a channel file does not take is
-    // logged by its exporter, and the short file tells.
+    // A record holds one line of every open channel.
     const int64_t recordBytes = static_cast<int64_t>(open_.size()) * shape_.lineBytes;
-    return reversed_.TakeBackwards(recordBytes, [this](const uint8_t* record) {
-        for (const OpenChannel& channel : open_) {
-            channel.exporter->WriteBand(1, shape_.lineBytes, record);
-            record += shape_.lineBytes;
-        }
-    });
+    const GatheredData outcome =
+        reversed_.TakeBackwards(recordBytes, [this](const uint8_t* record) {
+            for (const OpenChannel& channel : open_) {
+                if (channel.exporter->WriteBand(1, shape_.lineBytes, record) == 0)
+                    NoteShort(channel);
+                record += shape_.lineBytes;
+            }
+        });
+    if (outcome == GatheredData::kNotWritten)
+        report_->Fail({kSource, __LINE__}, kNotGathered, reversedPath_.fullPath(),
+                      reversed_.SystemError());
+    if (outcome == GatheredData::kNotReadable) {
+        LogText what;
+        what << open_.back().path << " lacks lines that cannot be read back";
+        report_->Note(Doubt::kShortChannel, {kSource, __LINE__}, what.View(),
+                      reversedPath_.fullPath(), reversed_.SystemError());
+    }
+    return outcome != GatheredData::kNotWritten;
 }
 
 bool ChannelFiles::WriteBlank(int32_t channel, const AString& name, uint8_t fill) {
@@ -90,27 +132,38 @@ bool ChannelFiles::WriteBlank(int32_t channel, const AString& name, uint8_t fill
 }
 
 bool ChannelFiles::WritePlane(const AString& fileName, uint8_t fill) {
-    const std::unique_ptr<ExportBitmap> exporter = OpenPlane(fileName);
+    OpenPlane(fileName);
+    const OpenChannel& plane = open_.front();
     const int32_t blockLines = std::clamp(kBlankBytes / shape_.lineBytes, 1, shape_.heightLines);
     const auto lineBytes = static_cast<std::size_t>(shape_.lineBytes);
     const std::vector<uint8_t> block(static_cast<std::size_t>(blockLines) * lineBytes, fill);
     for (int32_t line = 0; line < shape_.heightLines; line += blockLines) {
         const int32_t lines = std::min(blockLines, shape_.heightLines - line);
-        if (exporter->WriteBand(lines, shape_.lineBytes, block.data()) == 0) return false;
+        if (plane.exporter->WriteBand(lines, shape_.lineBytes, block.data()) != 0) continue;
+        report_->Fail({kSource, __LINE__}, "a line cannot be written", plane.path,
+                      plane.exporter->SystemError());
+        return false;
     }
+    Close();
     return true;
 }
 
-std::unique_ptr<ExportBitmap> ChannelFiles::OpenPlane(const AString& fileName) {
-    open_.clear();
-    return CreateExporter(fileName);
+void ChannelFiles::OpenPlane(const AString& fileName) {
+    Close();
+    open_.push_back(Create(0, fileName));
+}
+
+void ChannelFiles::AddPlaneLine(const uint8_t* line) {
+    if (open_.front().exporter->WriteBand(1, shape_.lineBytes, line) == 0) NoteShort(open_.front());
 }
 
 void ChannelFiles::Close() {
+    for (const OpenChannel& channel : open_)
+        if (channel.exporter->Close() == 0) NoteShort(channel);
     open_.clear();
 }
 
-void ChannelFiles::Abandon() {
-    open_.clear();
+void ChannelFiles::Abandon() noexcept {
     reversed_.Discard();
+    open_.clear();
 }

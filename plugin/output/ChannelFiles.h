@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "PrinterDriver/Common/Xsrc/JobReport.h"
 #include "host/AFilePath.h"
 #include "host/AString.h"
 #include "host/ExportBitmap.h"
@@ -24,13 +25,13 @@ struct ChannelShape {
 
 /// The channel files of a page. In plane order one is open at a time, and the next one completes
 /// it; line-interleaved pages hold all of theirs open. Bottom-line-first channels gather their
-/// lines in a temporary file and go out when they are complete. Failures of an output raise
-/// kOutputFailed.
+/// lines in a temporary file and go out when they are complete. Every failure is told to the job's
+/// report; that of an output raises kOutputFailed.
 class ChannelFiles {
   public:
-    /// Forgets an earlier page; `folder` is borrowed for the page.
-    void StartPage(const ChannelShape& shape, const PageFolder& folder, ChannelNaming naming,
-                   int32_t channelCount);
+    /// Forgets an earlier page; `report` and `folder` are borrowed for the page.
+    void StartPage(JobReport& report, const ChannelShape& shape, const PageFolder& folder,
+                   ChannelNaming naming, int32_t channelCount);
 
     /// Whether a channel is written already, or is being written.
     bool IsWritten(int32_t channel) const;
@@ -53,22 +54,28 @@ class ChannelFiles {
     [[nodiscard]] bool WriteBlank(int32_t channel, const AString& name, uint8_t fill);
     /// Writes a file whose every byte is `fill`; false when a line cannot be written.
     [[nodiscard]] bool WritePlane(const AString& fileName, uint8_t fill);
-    /// Closes what is open and opens a file for the lines of a further plane, top line first.
-    std::unique_ptr<ExportBitmap> OpenPlane(const AString& fileName);
+    /// Closes what is open and opens a file for the lines of a further plane, which the following
+    /// AddPlaneLine calls bring in output order. A line that it does not take is a doubt.
+    void OpenPlane(const AString& fileName);
+    void AddPlaneLine(const uint8_t* line);
     /// Completes and closes what is open.
     void Close();
-    /// Closes what is open as it stands and removes the temporary file.
-    void Abandon();
+    /// Removes the temporary file and closes what is open as it stands. Allocates nothing.
+    void Abandon() noexcept;
 
   private:
     struct OpenChannel {
         uint32_t separation = 0;
+        AString path;
         std::unique_ptr<ExportBitmap> exporter;
     };
 
-    std::unique_ptr<ExportBitmap> CreateExporter(const AString& fileName) const;
+    OpenChannel Create(uint32_t separation, const AString& fileName) const;
     OpenChannel* Find(uint32_t separation);
+    void StartGathering(const OpenChannel& channel);
+    void NoteShort(const OpenChannel& channel);
 
+    JobReport* report_ = nullptr;
     ChannelShape shape_;
     const PageFolder* folder_ = nullptr;
     ChannelNaming naming_;

@@ -5,8 +5,18 @@
 #include <string>
 
 #include "host/FileBytes.h"
+#include "platform/SystemError.h"
 
 namespace {
+
+constexpr const char* kSource = "plugin\\output\\HeaderFile";
+
+/// How the last line of a template that was read went.
+class LastLine final : public HeaderLineListener {
+  public:
+    void OnLine(const HeaderLine& line) override { Result = line.Result; }
+    HeaderLineResult Result = HeaderLineResult::kEmpty;
+};
 
 /// The model's code for the effective white type; 0 without one.
 int32_t WhiteHeaderCode(const ModelOutputSettings& model) {
@@ -42,13 +52,43 @@ AFilePath HeaderTemplatePath(const ModelOutputSettings& model) {
         .Append(model.HeaderTemplateName);
 }
 
-void WriteHeaderFile(const AFilePath& headerTemplate, const AFilePath& header,
-                     const std::vector<HeaderKeyword>& keywords) {
+bool GivesHeader(const AFilePath& headerTemplate, const std::vector<HeaderKeyword>& keywords) {
     const std::optional<std::string> text = ReadFileText(headerTemplate);
-    if (!text) return;
+    if (!text) return false;
     HeaderBuffer buffer;
-    const auto count = static_cast<std::size_t>(ProcessHeaderTemplate(*text, keywords, buffer));
-    // An optional output: a header that cannot be written is not the page's failure.
-    if (count != 0)
-        ReplaceFileBytes(header, std::string(reinterpret_cast<const char*>(buffer.data()), count));
+    try {
+        return ProcessHeaderTemplate(*text, keywords, buffer) != 0;
+    } catch (int) {  // malformed
+        return false;
+    }
+}
+
+void WriteHeaderFile(JobReport& report, WriterId writer, const AFilePath& headerTemplate,
+                     const AFilePath& header, const std::vector<HeaderKeyword>& keywords) {
+    ForgetSystemError();
+    const std::optional<std::string> text = ReadFileText(headerTemplate);
+    if (!text) {
+        report.Note(Doubt::kSideFile, {kSource, __LINE__}, "the header template cannot be read",
+                    headerTemplate.fullPath(), LastSystemError());
+        return;
+    }
+    HeaderBuffer buffer;
+    LastLine last;
+    std::size_t count = 0;
+    try {
+        count = static_cast<std::size_t>(ProcessHeaderTemplate(*text, keywords, buffer, &last));
+    } catch (int) {
+        report.Fail({kSource, __LINE__}, "a char field of the header template begins with ']'",
+                    headerTemplate.fullPath());
+        throw;
+    }
+    if (count == 0) return;
+    const std::string_view bytes(reinterpret_cast<const char*>(buffer.data()), count);
+    const WriteOutcome written = ReplaceFileBytes(header, bytes, writer);
+    if (!written)
+        report.Note(Doubt::kSideFile, {kSource, __LINE__}, "the header cannot be written",
+                    header.fullPath(), written.SystemError);
+    if (last.Result == HeaderLineResult::kDoesNotFit)
+        report.Note(Doubt::kSideFile, {kSource, __LINE__},
+                    "the header lacks the fields beyond its 2000 bytes", header.fullPath());
 }

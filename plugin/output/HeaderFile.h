@@ -3,8 +3,10 @@
 #include <cstdint>
 #include <vector>
 
+#include "PrinterDriver/Common/Xsrc/JobReport.h"
 #include "description/ModelOutputSettings.h"
 #include "host/AFilePath.h"
+#include "host/WriterId.h"
 #include "plugin/output/HeaderFields.h"
 
 /// What a header tells of a page.
@@ -24,8 +26,11 @@ std::vector<HeaderKeyword> HeaderKeywords(const HeaderFacts& facts,
 /// Where a model's header template stands.
 AFilePath HeaderTemplatePath(const ModelOutputSettings& model);
 
-/// Writes a page's header from its template, replacing an older one. Without a template, or when
-/// no line of it gives a field, there is no header; a failure is none of the page's. Raises
-/// kOutputFailed for a malformed template.
-void WriteHeaderFile(const AFilePath& headerTemplate, const AFilePath& header,
-                     const std::vector<HeaderKeyword>& keywords);
+/// Whether the template gives a header: it can be read, and a line of it gives a field.
+bool GivesHeader(const AFilePath& headerTemplate, const std::vector<HeaderKeyword>& keywords);
+
+/// Writes a page's header from its template, replacing an older one. A template without a field
+/// gives no header; a header that cannot be written or lacks fields is a doubt, and the page goes
+/// on. Raises kOutputFailed for a malformed template.
+void WriteHeaderFile(JobReport& report, WriterId writer, const AFilePath& headerTemplate,
+                     const AFilePath& header, const std::vector<HeaderKeyword>& keywords);

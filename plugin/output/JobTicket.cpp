@@ -3,14 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <optional>
 #include <string_view>
-#include <system_error>
 
 #include "host/FileBytes.h"
 #include "host/QLCopyFile.h"
 #include "platform/CodePage.h"
+#include "platform/SystemError.h"
 #include "ui/messages/ShowMessage.h"
 
 namespace {
@@ -25,13 +24,11 @@ bool AnyEntry(const int32_t* entries, int32_t count) {
            std::any_of(entries, entries + count, [](int32_t entry) { return entry != 0; });
 }
 
-bool IsSameFile(const AFilePath& left, const AFilePath& right) {
-    std::error_code error;
-    return std::filesystem::equivalent(left.fullPath(), right.fullPath(), error);
-}
-
-int32_t CannotCreate() {
+/// Shows the message; `what` says more of the file that is at fault.
+int32_t CannotCreate(JobReport& report, const char* what, const AFilePath& file, int reason) {
     ShowMessage("Cannot create job ticket file");
+    report.Note(Doubt::kSideFile, {"plugin\\output\\JobTicket", __LINE__}, what, file.fullPath(),
+                reason);
     return 0;
 }
 
@@ -91,16 +88,26 @@ AString FillTicket(AString text, const TicketFacts& facts) {
     return text;
 }
 
-int32_t WriteTicketFile(const AFilePath& ticketTemplate, const AFilePath& ticket,
-                        const TicketFacts& facts) {
-    if (!ticketTemplate.isValid() || !ticket.isValid()) return CannotCreate();
+int32_t WriteTicketFile(JobReport& report, WriterId writer, const AFilePath& ticketTemplate,
+                        const AFilePath& ticket, const TicketFacts& facts) {
+    constexpr const char* kNoTemplate = "the ticket template cannot be read";
+    constexpr const char* kNotWritten = "the ticket cannot be written";
+    if (!ticketTemplate.isValid()) return CannotCreate(report, kNoTemplate, ticketTemplate, 0);
+    if (!ticket.isValid()) return CannotCreate(report, kNotWritten, ticket, 0);
+    ForgetSystemError();
     const std::optional<std::string> text = ReadFileBytes(ticketTemplate);
     if (!text) {
+        const int reason = LastSystemError();
         // Too large to be filled in, or missing; a copy of what there is stands for the ticket.
         QLCopyFile(ticketTemplate, ticket);
-        return CannotCreate();
+        return CannotCreate(report, kNoTemplate, ticketTemplate, reason);
     }
-    if (!IsSameFile(ticketTemplate, ticket) && !ReplaceFileBytes(ticket, *text))
-        return CannotCreate();
-    return ReplaceFileBytes(ticket, FillTicket(*text, facts)) ? 1 : CannotCreate();
+    if (!NameOneFile(ticketTemplate, ticket)) {
+        const WriteOutcome copied = ReplaceFileBytes(ticket, *text, writer);
+        if (!copied) return CannotCreate(report, kNotWritten, ticket, copied.SystemError);
+    }
+    const WriteOutcome filled = ReplaceFileBytes(ticket, FillTicket(*text, facts), writer);
+    if (filled) return 1;
+    return CannotCreate(report, "the ticket is its template's copy, it cannot be filled in", ticket,
+                        filled.SystemError);
 }

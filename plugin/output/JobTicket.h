@@ -5,9 +5,11 @@
 #include <string_view>
 #include <vector>
 
+#include "PrinterDriver/Common/Xsrc/JobReport.h"
 #include "host/AFilePath.h"
 #include "host/AString.h"
 #include "host/Records.h"
+#include "host/WriterId.h"
 
 /// What a job ticket tells of a page.
 struct TicketFacts {
@@ -42,7 +44,7 @@ std::vector<TicketKeyword> TicketKeywords(const TicketFacts& facts);
 /// byte for byte.
 AString FillTicket(AString text, const TicketFacts& facts);
 
-/// Writes a ticket from its template. 1, or 0 after a message; then the ticket is the template's
-/// copy, or whatever stood there where not even that could be made.
-int32_t WriteTicketFile(const AFilePath& ticketTemplate, const AFilePath& ticket,
-                        const TicketFacts& facts);
+/// Writes a ticket from its template. 1, or 0 after a message and a doubt; then the ticket is the
+/// template's copy, or whatever stood there where not even that could be made.
+int32_t WriteTicketFile(JobReport& report, WriterId writer, const AFilePath& ticketTemplate,
+                        const AFilePath& ticket, const TicketFacts& facts);

@@ -4,11 +4,16 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
+
+#include "plugin/output/WhiteInk.h"
 
 namespace {
 
 constexpr std::string_view kJobNamePlace = "filename";
 constexpr const char* kNamelessJob = "Job";
+/// Internal name of the colour whose channel the white file is.
+constexpr const char* kWhite = "White";
 
 void RemoveBracketedParts(AString& name) {
     for (;;) {
@@ -65,14 +70,37 @@ AString ChannelNaming::FileName(int32_t channel, const AString& name) const {
     if (channel < 0) return jobName_;
     const AString& pattern = name.empty() ? Pattern(channel) : name;
     if (!pattern.empty()) return SubstituteJobName(pattern, jobName_);
-    if (keepsJobName_ && channelCount_ > 1) return fmt::format("{}_{}", jobName_, channel + 1);
+    const bool isJobNameTaken = hasWhite_ && whitePattern_.empty();
+    if (isJobNameTaken && channelCount_ > 1) return fmt::format("{}_{}", jobName_, channel + 1);
     int32_t lowest = 0;
     while (lowest < channelCount_ && !Pattern(lowest).empty())
         ++lowest;
     return channel <= lowest ? jobName_ : fmt::format("{}_{}", jobName_, channel + 1);
 }
 
-AString ChannelNaming::WhiteFileName(const AString& pattern) const {
-    if (!pattern.empty()) return SubstituteJobName(pattern, jobName_);
+void ChannelNaming::AddWhite(AString pattern) {
+    hasWhite_ = true;
+    whitePattern_ = std::move(pattern);
+}
+
+AString ChannelNaming::WhiteFileName() const {
+    if (!whitePattern_.empty()) return SubstituteJobName(whitePattern_, jobName_);
     return channelCount_ == 1 ? jobName_ + "_2" : jobName_;
+}
+
+ChannelNaming PageNaming(CDynamic& description, const char* modelName,
+                         const ModelOutputSettings& model, int32_t channelCount,
+                         const AString& jobName) {
+    ChannelNaming naming(model.ChannelNames, channelCount, jobName);
+    const int32_t type = model.EffectiveWhiteType();
+    if (type <= 0) return naming;
+    AString pattern;
+    if (IsPlainWhite(type)) {
+        const auto last = model.ChannelNameMap.find(kWhite);
+        if (last != model.ChannelNameMap.end()) pattern = last->second;
+    } else if (!model.ChannelNames.empty()) {
+        pattern = GetChannelName(description, kWhite, modelName);
+    }
+    naming.AddWhite(std::move(pattern));
+    return naming;
 }

@@ -32,15 +32,18 @@ bool PageFolder::SetUp(const AString& folderText, const AString& jobName, bool c
     return true;
 }
 
-bool PageFolder::EnterTile(const JobStatusRecord& status, int32_t pageIndex,
+void PageFolder::EnterTile(const JobStatusRecord& status, int32_t pageIndex,
                            const AString& jobName) {
-    if (status.RecordVersion < JobStatusRecord::kTileRecordVersion) return true;
-    if (status.TileCount < kFewestTiles) return true;
+    if (status.RecordVersion < JobStatusRecord::kTileRecordVersion) return;
+    if (status.TileCount < kFewestTiles) return;
     const int32_t tile = std::min(pageIndex, status.TileCount - 1);
     pathBeforeTile_ = path_;
     inTile_ = true;
     path_.Append(fmt::format("{}-tile{}", jobName, tile + 1));
-    return Create(path_);
+}
+
+bool PageFolder::MakeTile() const {
+    return !inTile_ || Create(path_);
 }
 
 void PageFolder::LeaveTile() {

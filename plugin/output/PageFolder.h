@@ -12,13 +12,18 @@ class PageFolder {
     /// folder cannot be made.
     bool SetUp(const AString& folderText, const AString& jobName, bool createFolder);
 
-    /// Makes and enters the folder of the page's tile, when the host's record asks for tiles.
-    /// False when it cannot be made, which includes that it exists.
-    bool EnterTile(const JobStatusRecord& status, int32_t pageIndex, const AString& jobName);
+    /// Enters the folder of the page's tile, which is not made yet, when the host's record asks for
+    /// tiles.
+    void EnterTile(const JobStatusRecord& status, int32_t pageIndex, const AString& jobName);
+    /// Makes the tile's folder, if one was entered. False when it cannot be made, which includes
+    /// that it exists.
+    bool MakeTile() const;
     /// Back to the folder as it was before the page.
     void LeaveTile();
 
     const AFilePath& Path() const { return path_; }
+    /// The folder of the job, whichever tile has been entered.
+    const AFilePath& JobPath() const { return inTile_ ? pathBeforeTile_ : path_; }
     AFilePath File(const AString& name) const { return AFilePath(path_).Append(name); }
 
   private:

@@ -43,6 +43,8 @@ class PagePreview {
     /// Begins a page whose preview goes to `path`. A size that no preview has gives none.
     void StartPage(const ModelOutputSettings& model, PreviewPage page, const AString& path);
     void AddLine(uint32_t separation, int32_t row, const uint8_t* line);
+    /// Whether the page begun last is to have a preview, as far as can be told so far.
+    bool IsWanted() const { return scaler_ != nullptr; }
     /// Saves the picture and ends the page.
     void Save();
     /// Ends the page without.

@@ -4,14 +4,17 @@
 
 #include "PrinterDriver/Common/Xsrc/JobFault.h"
 #include "description/DriverOptions.h"
+#include "host/LogText.h"
 #include "host/QLCopyFile.h"
 #include "host/Text.h"
+#include "platform/SystemError.h"
 #include "platform/afx.h"
 #include "plugin/output/DiskSpace.h"
 #include "plugin/output/HeaderFile.h"
 #include "plugin/output/JobTicket.h"
 #include "plugin/output/LineSize.h"
 #include "plugin/output/OutputNames.h"
+#include "plugin/output/PageDoubts.h"
 #include "ui/messages/ShowMessage.h"
 #include "ui/messages/StringTable.h"
 
@@ -21,8 +24,7 @@ constexpr int32_t kDriverId = 246;
 /// The host's port kind for output into files.
 constexpr int32_t kFilePort = 256;
 constexpr int32_t kPageStatus = 1;
-/// Internal name of the colour whose channel the white file is.
-constexpr const char* kWhite = "White";
+constexpr const char* kSource = "plugin\\output\\RTL";
 /// Room for a name that the description answers.
 constexpr std::size_t kNameBytes = 256;
 constexpr int32_t kReadOptions = 1;
@@ -65,28 +67,38 @@ int32_t RTL::GetDefaultColorMode(char* name, PrintSettings* settings) {
     return description_.GetDefaultColorMode(name, settings);
 }
 
+/// Loads the description of the settings' model; false without settings, too.
+bool RTL::LoadDescription(const PrintSettings* settings) {
+    if (settings == nullptr) return false;
+    // A name that fills its field has no NUL.
+    const AString model(FieldText(settings->ModelName, sizeof settings->ModelName));
+    return description_.LoadDescription(model.c_str()) != 0;
+}
+
 int32_t RTL::GetMediaList(PrintSettings* settings, CapabilityList* list, int32_t* defaultMedia) {
     const AFX_MAINTAIN_STATE2 moduleState(AfxGetStaticModuleState());
-    if (settings == nullptr || description_.LoadDescription(settings->ModelName) == 0) return 0;
-    return description_.GetMediaList(settings->ModelName, list, defaultMedia);
+    if (!LoadDescription(settings)) return 0;
+    return description_.GetMediaList(description_.LoadedModelName().c_str(), list, defaultMedia);
 }
 
 int32_t RTL::GetPrintModeList(PrintSettings* settings, CapabilityItem* media, CapabilityList* list,
                               int32_t* defaultPosition) {
     const AFX_MAINTAIN_STATE2 moduleState(AfxGetStaticModuleState());
-    if (settings == nullptr || description_.LoadDescription(settings->ModelName) == 0) return 0;
+    if (!LoadDescription(settings)) return 0;
     const int32_t mediaId = ItemId(media);
-    return description_.GetPrintModeList(settings->ModelName, &mediaId, list, defaultPosition);
+    return description_.GetPrintModeList(description_.LoadedModelName().c_str(), &mediaId, list,
+                                         defaultPosition);
 }
 
 int32_t RTL::GetResolutionList(PrintSettings* settings, CapabilityItem* media,
                                CapabilityItem* printMode, ResolutionList* list,
                                HostArgument /*further*/) {
     const AFX_MAINTAIN_STATE2 moduleState(AfxGetStaticModuleState());
-    if (settings == nullptr || description_.LoadDescription(settings->ModelName) == 0) return 0;
+    if (!LoadDescription(settings)) return 0;
     const int32_t mediaId = ItemId(media);
     const int32_t printModeId = ItemId(printMode);
-    return description_.GetResolutionList(settings->ModelName, &mediaId, &printModeId, list);
+    return description_.GetResolutionList(description_.LoadedModelName().c_str(), &mediaId,
+                                          &printModeId, list);
 }
 
 int32_t RTL::ReservedQuery5() {
@@ -152,15 +164,22 @@ int32_t RTL::OpenJob(JobContext* job, int32_t reserved, HostOutput* output,
     job_ = job;
     options_ = options;
     model_.SupportWhiteType = -1;  // a choice never carries over from an earlier job
-    if (ReadModelOutputSettings(description_, JobSettings(), model_) == 0) return 0;
+    pageFolders_.clear();
+    endHeaders_.clear();
+    if (ReadModelOutputSettings(description_, JobSettings(), model_) == 0) {
+        report_.Fail({kSource, __LINE__}, "the model's description cannot be read",
+                     job->PrinterName);
+        return 0;
+    }
+    NoteJobDoubts(report_, description_, model_, *job);
     APageBaseRTL::OpenJob(job, reserved, output, options);
     channelCount_ = track_->ColorantCount;
     return 1;
 }
 
 int32_t RTL::AbortJob() {
+    white_.Discard();  // the temporary files first, whatever becomes of the rest
     channels_.Abandon();
-    white_.Discard();
     preview_.Discard();
     portIsOpen_ = false;
     options_ = nullptr;
@@ -174,25 +193,47 @@ int32_t RTL::EndJob() {
 }
 
 int32_t RTL::OpenPort(const char* folder, const char* sourceName) {
-    if (pageInfo_ == nullptr || folder == nullptr || sourceName == nullptr) return 0;
     portIsOpen_ = false;
+    if (pageInfo_ == nullptr || folder == nullptr || sourceName == nullptr) {
+        report_.Fail({kSource, __LINE__}, "OpenPort lacks its folder or its source name");
+        return 0;
+    }
     APageBaseRTL::OpenPort(folder, sourceName);
     if (pageInfo_->PortKind != kFilePort) {
         ShowResMessage(kUnsupportedPortMessage, MB_OK, nullptr, nullptr);
+        LogText what;
+        what << "the host's port is of kind " << pageInfo_->PortKind << ", not a file port";
+        report_.Fail({kSource, __LINE__}, what.View(), folder);
         return 0;
     }
     jobName_ = MakeJobName(sourceName);
-    if (!folder_.SetUp(folder, jobName_, model_.CreateFolder != 0)) return 0;
+    report_.NameJob(jobName_);
+    ForgetSystemError();
+    if (!folder_.SetUp(folder, jobName_, model_.CreateFolder != 0)) {
+        const int reason = LastSystemError();
+        const AString& path = folder_.Path().fullPath();
+        report_.Fail({kSource, __LINE__}, "the job's folder cannot be made",
+                     path.empty() ? jobName_ : path, reason);
+        return 0;
+    }
     CopyThumbnail();
     portIsOpen_ = true;
     return 1;
 }
 
 /// The host's picture of the job, where it gives one; the first page's preview takes its place.
-void RTL::CopyThumbnail() const {
+void RTL::CopyThumbnail() {
     if (pageInfo_->ThumbnailPath[0] == '\0') return;
     const AFilePath thumbnail(pageInfo_->ThumbnailPath);
-    if (thumbnail.exists()) QLCopyFile(thumbnail, folder_.File(PreviewFileName(model_, jobName_)));
+    const AFilePath copy = folder_.File(PreviewFileName(model_, jobName_));
+    int reason = 0;
+    const Existence existence = thumbnail.LookFor(&reason);
+    if (existence == Existence::kExists) {
+        if (NameOneFile(thumbnail, copy) || QLCopyFile(thumbnail, copy) != 0) return;
+        reason = static_cast<int>(GetLastError());
+    }
+    report_.Warn({kSource, __LINE__}, "the thumbnail cannot be copied", thumbnail.fullPath(),
+                 reason);
 }
 
 void RTL::StartPreview() {
@@ -218,46 +259,109 @@ void RTL::InitBandOrder() {
     track_->LastOutputRow = -1;
 }
 
-int32_t RTL::StartPage() {
-    if (!portIsOpen_) Raise(kOutputFailed);
-    if (ReadModelOutputSettings(description_, JobSettings(), model_) == 0) return 0;
-    LoadDriverOptions(options_, kReadOptions);
-    if (!folder_.EnterTile(*job_->Status, track_->PageIndex, jobName_)) Raise(kOutputFailed);
-
+/// The bytes of one line of one channel of the page.
+void RTL::SizeLines() {
     const int64_t lineBytes = LineSizeBytes(track_->OutputWidth, track_->MaximumBits);
-    if (lineBytes > std::numeric_limits<int32_t>::max()) Raise(kOutputFailed);
+    if (lineBytes > std::numeric_limits<int32_t>::max()) {
+        report_.Fail({kSource, __LINE__}, "the page's lines are too long");
+        Raise(kOutputFailed);
+    }
     lineBytes_ = static_cast<int32_t>(lineBytes);
     bandBytes_ = lineBytes_;
+}
+
+int32_t RTL::StartPage() {
+    report_.StartPage();
+    if (!portIsOpen_) {
+        report_.Fail({kSource, __LINE__}, "no port is open");
+        Raise(kOutputFailed);
+    }
+    if (ReadModelOutputSettings(description_, JobSettings(), model_) == 0) {
+        report_.Fail({kSource, __LINE__}, "the model's output rules cannot be read",
+                     job_->PrinterName);
+        return 0;
+    }
+    folder_.EnterTile(*job_->Status, track_->PageIndex, jobName_);
+    SizeLines();
+    StartPreview();
+    ReadWhiteChoice();
+    const ChannelNaming naming =
+        PageNaming(description_, job_->PrinterName, model_, channelCount_, jobName_);
+    // From here on files are made.
+    ForgetSystemError();
+    if (!folder_.MakeTile()) {
+        const int reason = LastSystemError();
+        report_.Fail({kSource, __LINE__}, "the tile's folder cannot be made",
+                     folder_.Path().fullPath(), reason);
+        Raise(kOutputFailed);
+    }
+    WarnOfEarlierPage();
     if (model_.HasJobTicket != 0) WriteJobTicket();  // the page goes on without
     if (model_.HeaderAtEndRip == 0) WriteHeader();
-    StartPreview();
     CheckDiskSpace();
-    channels_.StartPage({.lineBytes = lineBytes_,
+    channels_.StartPage(report_,
+                        {.lineBytes = lineBytes_,
                          .heightLines = track_->OutputRows,
                          .bits = track_->MaximumBits,
                          .xResolution = pageInfo_->XResolution,
                          .yResolution = pageInfo_->YResolution,
                          .bottomLineFirst = model_.PrinterDirection != 0,
                          .lineInterleaved = track_->Order == kLineInterleaved},
-                        folder_, PageNaming(), channelCount_);
-    white_.StartPage(model_.EffectiveWhiteType(), lineBytes_, track_->OutputRows);
+                        folder_, naming, channelCount_);
+    white_.StartPage(report_, model_.EffectiveWhiteType(), lineBytes_, track_->OutputRows);
     return 1;
 }
 
-/// Whether the page's white file takes its name from the map of channel names and one byte fills
-/// it.
-bool RTL::IsWhitePlain() const {
-    const int32_t type = model_.EffectiveWhiteType();
-    return type == kWhiteEverywhere || type == kWhiteNowhere;
+/// Reads the job's white choice, and says what is doubtful of the page. A page that is refused for
+/// a doubt has made no options file, so where the block's file is missing, it is made anew before
+/// the doubts are said only if they refuse nothing.
+void RTL::ReadWhiteChoice() {
+    int32_t chosen = -1;
+    OptionsPlace place;
+    const OptionsState state = PeekDriverOptions(*options_, chosen, &place);
+    const bool isRead = state == OptionsState::kRead;
+    if (isRead) model_.SupportWhiteType = chosen;
+    if (!isRead && !report_.IsStrict()) LoadDriverOptions(options_, kReadOptions);
+    if (!isRead && state != OptionsState::kNone && model_.OffersWhite)
+        report_.Note(Doubt::kOptions, {kSource, __LINE__},
+                     state == OptionsState::kMissing
+                         ? "the white choice is missing, the model's default serves"
+                         : "the white choice cannot be read, the model's default serves",
+                     place.Path.fullPath(), place.SystemError);
+    NotePageDoubts(PageNaming(description_, job_->PrinterName, model_, channelCount_, jobName_));
+    if (!isRead && report_.IsStrict()) LoadDriverOptions(options_, kReadOptions);
 }
 
-ChannelNaming RTL::PageNaming() const {
-    ChannelNaming naming(model_.ChannelNames, channelCount_, jobName_);
-    const auto pattern = model_.ChannelNameMap.find(kWhite);
-    const bool isNamed = pattern != model_.ChannelNameMap.end() && !pattern->second.empty() &&
-                         (IsWhitePlain() || naming.HasPatterns());
-    if (model_.EffectiveWhiteType() > 0 && !isNamed) naming.KeepJobNameForWhite();
-    return naming;
+void RTL::NotePageDoubts(const ChannelNaming& naming) {
+    NoteSeparationDoubts(report_, *track_);
+    NoteWhiteDoubts(report_, *track_, model_);
+    NotePathDoubts(report_, PageFiles(naming));
+}
+
+/// Every file that the page is going to write.
+std::vector<AFilePath> RTL::PageFiles(const ChannelNaming& naming) const {
+    std::vector<AFilePath> files;
+    for (int32_t channel = 0; channel < channelCount_; ++channel) {
+        const bool hasData =
+            track_->ColorantToSeparation[static_cast<std::size_t>(channel)] != kUnmatched;
+        // The only channel of a colour mode is named after the job.
+        files.push_back(
+            folder_.File(naming.FileName(hasData && channelCount_ == 1 ? -1 : channel)));
+    }
+    if (naming.HasWhite()) files.push_back(folder_.File(naming.WhiteFileName()));
+    if (model_.HasJobTicket != 0) files.push_back(folder_.File(model_.JobTicketName));
+    if (!model_.HeaderTemplateName.empty() && !model_.HeaderOutputName.empty() &&
+        GivesHeader(HeaderTemplatePath(model_), PageHeaderKeywords()))
+        files.push_back(HeaderPath());
+    if (preview_.IsWanted()) files.push_back(folder_.File(PreviewFileName(model_, jobName_)));
+    return files;
+}
+
+void RTL::WarnOfEarlierPage() {
+    const AString& path = folder_.Path().fullPath();
+    if (!pageFolders_.insert(path).second)
+        report_.Warn({kSource, __LINE__}, "an earlier page of the job is in the page's folder",
+                     path);
 }
 
 int32_t RTL::WriteJobTicket() {
@@ -274,50 +378,63 @@ int32_t RTL::WriteJobTicket() {
         description_.GetColorModeName(pageInfo_->ColorModeIndex, colorMode) != 0;
     facts.colorModeName = colorMode;
     facts.tiles = TileBlock(*job_->Status, track_->PageIndex);
-    return WriteTicketFile(AFilePath()
+    return WriteTicketFile(report_, writer_,
+                           AFilePath()
                                .Append("OutputDrivers")
                                .Append("JobTicketTemplates")
                                .Append(model_.JobTicketName),
                            folder_.File(model_.JobTicketName), facts);
 }
 
-int32_t RTL::WriteHeader() {
-    if (model_.HeaderTemplateName.empty() || model_.HeaderOutputName.empty()) return 1;
+std::vector<HeaderKeyword> RTL::PageHeaderKeywords() const {
     const HeaderFacts facts = {.widthPixels = track_->OutputWidth,
                                .heightLines = track_->OutputRows,
                                .channelCount = channelCount_,
                                .xResolution = job_->XResolutionWhole,
                                .yResolution = job_->YResolutionWhole,
                                .bits = track_->MaximumBits};
-    WriteHeaderFile(HeaderTemplatePath(model_),
-                    folder_.File(SubstituteJobName(model_.HeaderOutputName, jobName_)),
-                    HeaderKeywords(facts, model_));
+    return HeaderKeywords(facts, model_);
+}
+
+/// A header that is written at the page's end stands in the job's folder, beside the tiles'.
+AFilePath RTL::HeaderPath() const {
+    const AFilePath& folder = model_.HeaderAtEndRip != 0 ? folder_.JobPath() : folder_.Path();
+    return AFilePath(folder).Append(SubstituteJobName(model_.HeaderOutputName, jobName_));
+}
+
+int32_t RTL::WriteHeader() {
+    if (model_.HeaderTemplateName.empty() || model_.HeaderOutputName.empty()) return 1;
+    const AFilePath path = HeaderPath();
+    if (model_.HeaderAtEndRip != 0 && !endHeaders_.insert(path.fullPath()).second)
+        report_.Warn({kSource, __LINE__}, "the header takes the place of an earlier page's",
+                     path.fullPath());
+    WriteHeaderFile(report_, writer_, HeaderTemplatePath(model_), path, PageHeaderKeywords());
     return 1;
 }
 
 void RTL::WriteWhiteChannel() {
+    const ChannelNaming naming =
+        PageNaming(description_, job_->PrinterName, model_, channelCount_, jobName_);
+    if (!naming.HasWhite()) return;
     const int32_t type = model_.EffectiveWhiteType();
-    if (type <= 0) return;
-    const ChannelNaming naming = PageNaming();
-    if (IsWhitePlain()) {
-        const AString name = naming.WhiteFileName(model_.ChannelNameMap[kWhite]);
-        if (!channels_.WritePlane(name, type == kWhiteEverywhere ? 0xFF : 0x00))
+    if (IsPlainWhite(type)) {
+        if (!channels_.WritePlane(naming.WhiteFileName(), type == kWhiteEverywhere ? 0xFF : 0x00))
             RaiseWriteDataError();
         return;
     }
-    const AString pattern = GetChannelName(description_, kWhite, job_->PrinterName);
-    // Without any channel names the white file's counts for nothing, too.
-    const AString name = naming.WhiteFileName(naming.HasPatterns() ? pattern : AString());
-    const std::unique_ptr<ExportBitmap> file = channels_.OpenPlane(name);
-    // A line that the file does not take is logged by the exporter; the short file tells.
+    channels_.OpenPlane(naming.WhiteFileName());
     white_.TakeLines(model_.PrinterDirection != 0,
-                     [&](const uint8_t* line) { file->WriteBand(1, lineBytes_, line); });
+                     [this](const uint8_t* line) { channels_.AddPlaneLine(line); });
+    channels_.Close();
 }
 
 void RTL::CheckDiskSpace() {
     const uint64_t required = RequiredPageBytes(track_->OutputRows, channelCount_, lineBytes_);
     if (HasDiskSpace(folder_.Path(), required)) return;
     ShowResMessage(kDiskSpaceMessage, MB_OK, static_cast<HWND>(job_->Status->OwnerWindow), nullptr);
+    LogText what;
+    what << "the page needs " << static_cast<int64_t>(required) << " bytes, which are not free";
+    report_.Fail({kSource, __LINE__}, what.View(), folder_.Path().fullPath());
     Raise(kOutputFailed);
 }
 
@@ -363,6 +480,17 @@ void RTL::RaiseWriteDataError() {
     Raise(kOutputFailed);
 }
 
+/// An optional output: the page goes on without it, and that is said.
+void RTL::SavePreview() {
+    preview_.Save();
+    const PreviewFailure failure = preview_.Failure();
+    if (failure.text == nullptr) return;
+    if (failure.isWriteFailure)
+        report_.Fail({kSource, __LINE__}, failure.text, failure.path, failure.systemError);
+    else
+        report_.Warn({kSource, __LINE__}, failure.text, failure.path, failure.systemError);
+}
+
 int32_t RTL::EndPage() {
     if (!channels_.FlushReversed()) RaiseWriteDataError();
     for (int32_t channel = 0; channel < channelCount_; ++channel) {
@@ -372,7 +500,7 @@ int32_t RTL::EndPage() {
     }
     WriteWhiteChannel();
     folder_.LeaveTile();
-    preview_.Save();
+    SavePreview();
     channels_.Close();
     if (model_.HeaderAtEndRip != 0) WriteHeader();
     return 1;

@@ -1,10 +1,14 @@
 #pragma once
 
+#include <set>
+#include <vector>
+
 #include "PrinterDriver/Common/Xsrc/APageBaseRTL.h"
 #include "description/CDynamic.h"
 #include "description/ModelOutputSettings.h"
 #include "host/WriterId.h"
 #include "plugin/output/ChannelFiles.h"
+#include "plugin/output/HeaderFields.h"
 #include "plugin/output/PageFolder.h"
 #include "plugin/output/PagePreview.h"
 #include "plugin/output/WhiteInk.h"
@@ -80,15 +84,23 @@ class RTL : public APageBaseRTL {
 
   private:
     PrintSettings JobSettings() const;
-    ChannelNaming PageNaming() const;
-    bool IsWhitePlain() const;
+    bool LoadDescription(const PrintSettings* settings);
+    void SizeLines();
+    void ReadWhiteChoice();
+    void NotePageDoubts(const ChannelNaming& naming);
+    std::vector<AFilePath> PageFiles(const ChannelNaming& naming) const;
+    void WarnOfEarlierPage();
+    std::vector<HeaderKeyword> PageHeaderKeywords() const;
+    AFilePath HeaderPath() const;
     void WriteWhiteChannel();
     void StartPreview();
-    void CopyThumbnail() const;
+    void SavePreview();
+    void CopyThumbnail();
     void CheckDiskSpace();
     [[noreturn]] void RaiseWriteDataError();
 
     const WriterId id_ = WriterId::Next();
+    const WriterId writer_ = WriterId::Next();
     CDynamic description_;
     ModelOutputSettings model_;
     DriverOptionBlock* options_ = nullptr;  ///< of the job, in the driver's JobContext
@@ -100,4 +112,6 @@ class RTL : public APageBaseRTL {
     int32_t channelCount_ = 4;  ///< colorants of the job's colour mode
     int32_t lineBytes_ = 0;     ///< of one line of one channel
     bool portIsOpen_ = false;
+    std::set<AString> pageFolders_;  ///< that pages of the job have gone into
+    std::set<AString> endHeaders_;   ///< that pages of the job have written at their end
 };

@@ -1,8 +1,7 @@
 #include "plugin/output/ReversedData.h"
 
 #include <algorithm>
-
-#include "host/AFile.h"
+#include <cstring>
 
 namespace {
 
@@ -14,47 +13,51 @@ constexpr int64_t kBlockBytes = int64_t{256} * 1024;
 bool ReversedData::Start(const AFilePath& path, int64_t bytes) {
     Discard();
     if (!path.isValid()) return false;
-    path_ = path;
-    AFile::DeleteFileA(path_, 1);
-    stream_ = OpenStream(path_.fullPath().c_str(), "wb");
-    if (!IsOpen()) return false;
-    hasFile_ = true;
-    streamBuffer_.resize(kBlockBytes);
-    std::setvbuf(stream_.get(), streamBuffer_.data(), _IOFBF, streamBuffer_.size());
-    ReserveSpace(stream_.get(), bytes);
+    block_.resize(kBlockBytes);
+    if (!file_.Create(path.fullPath())) return false;
+    file_.Reserve(bytes);
+    fileBytes_ = 0;
+    gathered_ = 0;
+    isComplete_ = true;
     return true;
 }
 
 bool ReversedData::Append(const uint8_t* data, std::size_t count) {
-    return std::fwrite(data, 1, count, stream_.get()) == count;
+    while (count > 0 && isComplete_) {
+        const std::size_t taken = std::min(count, block_.size() - gathered_);
+        std::memcpy(block_.data() + gathered_, data, taken);
+        gathered_ += taken;
+        data += taken;
+        count -= taken;
+        if (gathered_ == block_.size()) isComplete_ = WriteBlock();
+    }
+    return isComplete_;
 }
 
-bool ReversedData::StartReading(int64_t recordBytes) {
-    if (!IsOpen()) return false;
+bool ReversedData::WriteBlock() {
+    if (!file_.WriteAt(fileBytes_, block_.data(), gathered_)) return false;
+    fileBytes_ += static_cast<int64_t>(gathered_);
+    gathered_ = 0;
+    return true;
+}
+
+GatheredData ReversedData::StartReading(int64_t recordBytes) {
+    if (!IsOpen() || !isComplete_ || !WriteBlock()) return GatheredData::kNotWritten;
     recordBytes_ = recordBytes;
-    const int64_t bytes = TellStream(stream_.get());
-    // A full disk can show as late as here, so the answer counts.
-    if (std::fclose(stream_.release()) != 0 || bytes < 0) return false;
-    stream_ = OpenStream(path_.fullPath().c_str(), "rb");
-    recordsLeft_ = IsOpen() ? bytes / recordBytes_ : 0;
+    recordsLeft_ = fileBytes_ / recordBytes_;
     blockRecords_ = std::max<int64_t>(kBlockBytes / recordBytes_, 1);
     block_.resize(static_cast<std::size_t>(blockRecords_ * recordBytes_));
-    return true;
+    return GatheredData::kTaken;
 }
 
 bool ReversedData::ReadBlockBefore() {
     blockRecords_ = std::min(blockRecords_, recordsLeft_);
-    if (blockRecords_ == 0) return false;
     recordsLeft_ -= blockRecords_;
-    const auto count = static_cast<std::size_t>(blockRecords_ * recordBytes_);
-    return SeekStream(stream_.get(), recordsLeft_ * recordBytes_, SEEK_SET) &&
-           std::fread(block_.data(), 1, count, stream_.get()) == count;
+    return file_.ReadAt(recordsLeft_ * recordBytes_, block_.data(),
+                        static_cast<std::size_t>(blockRecords_ * recordBytes_));
 }
 
-void ReversedData::Discard() {
-    if (!hasFile_) return;
-    stream_.reset();
-    AFile::DeleteFileA(path_, 1);
-    hasFile_ = false;
+void ReversedData::Discard() noexcept {
+    file_.Discard();
     block_ = {};
 }

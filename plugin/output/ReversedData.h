@@ -4,51 +4,58 @@
 #include <vector>
 
 #include "host/AFilePath.h"
-#include "platform/Stream.h"
+#include "platform/ScratchFile.h"
+
+/// What became of gathered data.
+enum class GatheredData {
+    kTaken,        ///< all of it was handed out
+    kNotWritten,   ///< the file did not take all of it; nothing was handed out
+    kNotReadable,  ///< the file did not give all of it back; what it gave was handed out
+};
 
 /// The temporary file that holds a channel's lines until they can be written bottom line first.
-/// Its name is fixed, so that a file that an earlier run left behind is replaced.
+/// Its name is fixed, and each job's data is its own: see ScratchFile.
 class ReversedData {
   public:
-    ReversedData() = default;
-    ~ReversedData() { Discard(); }
-    ReversedData(const ReversedData&) = delete;
-    ReversedData& operator=(const ReversedData&) = delete;
-
     /// Starts an empty file, which is going to have about `bytes` bytes. False, with nothing left
     /// behind, when it cannot be created.
-    bool Start(const AFilePath& path, int64_t bytes);
-    bool IsOpen() const { return stream_ != nullptr; }
+    [[nodiscard]] bool Start(const AFilePath& path, int64_t bytes);
+    bool IsOpen() const { return file_.IsOpen(); }
     /// Appends bytes; false when the file does not take them.
-    bool Append(const uint8_t* data, std::size_t count);
+    [[nodiscard]] bool Append(const uint8_t* data, std::size_t count);
 
     /// Ends the gathering and hands every record of `recordBytes` bytes to
-    /// `take(const uint8_t* record)`, last one first. False when the gathered data did not all
-    /// reach the file; nothing is handed out then. A record that cannot be read back ends the
-    /// hand-out. The file is deleted in every case.
+    /// `take(const uint8_t* record)`, last one first. The file is removed in every case.
     template <class Take>
-    bool TakeBackwards(int64_t recordBytes, Take&& take) {
-        const bool complete = StartReading(recordBytes);
-        while (complete && ReadBlockBefore()) {
+    [[nodiscard]] GatheredData TakeBackwards(int64_t recordBytes, Take&& take) {
+        GatheredData outcome = StartReading(recordBytes);
+        while (outcome == GatheredData::kTaken && recordsLeft_ > 0) {
+            if (!ReadBlockBefore()) {
+                outcome = GatheredData::kNotReadable;
+                break;
+            }
             for (int64_t record = blockRecords_; record-- > 0;) {
                 take(block_.data() + record * recordBytes);
             }
         }
         Discard();
-        return complete;
+        return outcome;
     }
 
-    /// Closes and deletes the file.
-    void Discard();
+    /// Closes and removes the file. Allocates nothing.
+    void Discard() noexcept;
+    /// The system's number for why the last call failed; 0 when it gave none.
+    int SystemError() const { return file_.SystemError(); }
 
   private:
-    bool StartReading(int64_t recordBytes);
+    bool WriteBlock();
+    GatheredData StartReading(int64_t recordBytes);
     bool ReadBlockBefore();
 
-    bool hasFile_ = false;
-    AFilePath path_;
-    std::vector<char> streamBuffer_;  // outlives the stream that uses it
-    Stream stream_;
+    ScratchFile file_;
+    int64_t fileBytes_ = 0;     ///< written so far
+    std::size_t gathered_ = 0;  ///< bytes at the block's front, not written yet
+    bool isComplete_ = true;    ///< every byte has been taken
     int64_t recordBytes_ = 0;
     int64_t recordsLeft_ = 0;
     int64_t blockRecords_ = 0;

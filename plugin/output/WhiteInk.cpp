@@ -4,15 +4,12 @@
 
 #include "host/AFile.h"
 #include "host/CopyRow.h"
+#include "platform/SystemError.h"
 
 namespace {
 
 /// Lines move through the file in blocks of about this size.
 constexpr int64_t kBlockBytes = int64_t{256} * 1024;
-
-bool IsGathered(int32_t whiteType) {
-    return whiteType == kWhiteUnderNoInk || whiteType == kWhiteUnderInk;
-}
 
 /// ORs `line` into `target`; whether that changed anything.
 bool Unite(uint8_t* target, const uint8_t* line, std::size_t count) {
@@ -27,13 +24,16 @@ bool Unite(uint8_t* target, const uint8_t* line, std::size_t count) {
 
 }  // namespace
 
-void WhiteInk::StartPage(int32_t whiteType, int32_t lineBytes, int32_t heightLines) {
+void WhiteInk::StartPage(JobReport& report, int32_t whiteType, int32_t lineBytes,
+                         int32_t heightLines) {
     Discard();
+    report_ = &report;
     path_ = AFilePath().Append("Temp").Append("TempWhiteData");
     whiteType_ = whiteType;
     lineBytes_ = lineBytes;
     heightLines_ = heightLines;
-    gathers_ = IsGathered(whiteType);
+    gathers_ = IsWhiteUnion(whiteType);
+    readsReady_ = whiteType > 0 && !gathers_ && !IsPlainWhite(whiteType);
     blockLines_ = std::max<int64_t>(kBlockBytes / std::max<int64_t>(lineBytes_, 1), 1);
     block_ = -1;
     isChanged_ = false;
@@ -42,22 +42,24 @@ void WhiteInk::StartPage(int32_t whiteType, int32_t lineBytes, int32_t heightLin
 }
 
 bool WhiteInk::OpenFile() {
-    stream_ = OpenStream(path_.fullPath().c_str(), "wb+");
-    if (stream_ == nullptr) return false;
-    // Whole blocks go to the system at once; a buffer would only copy them.
-    std::setvbuf(stream_.get(), nullptr, _IONBF, 0);
-    hasFile_ = true;
-    ReserveSpace(stream_.get(), int64_t{lineBytes_} * heightLines_);
     lines_.resize(static_cast<std::size_t>(blockLines_ * lineBytes_));
+    if (!path_.isValid() || !union_.Create(path_.fullPath())) return false;
+    union_.Reserve(lineBytes_ * heightLines_);
     return true;
 }
 
 void WhiteInk::Gather(uint32_t separation, int32_t row, const uint8_t* line) {
     const bool isFirst = separation == 0;
-    if (isFirst && row == 0 && !hasFile_ && !OpenFile()) return GiveUp();
+    if (isFirst && row == 0 && !union_.IsOpen() && !OpenFile()) {
+        GiveUp();
+        return;
+    }
     // Whatever comes before separation 0 finds no line to unite with.
-    if (!hasFile_ || (isFirst ? row != gatheredLines_ : row >= gatheredLines_)) return;
-    if (!MoveTo(row / blockLines_)) return GiveUp();
+    if (!union_.IsOpen() || (isFirst ? row != gatheredLines_ : row >= gatheredLines_)) return;
+    if (!MoveTo(row / blockLines_)) {
+        GiveUp();
+        return;
+    }
     const auto count = static_cast<std::size_t>(lineBytes_);
     uint8_t* const target = lines_.data() + row % blockLines_ * lineBytes_;
     if (isFirst) {
@@ -76,38 +78,62 @@ bool WhiteInk::MoveTo(int64_t block) {
     block_ = block;
     const int64_t firstLine = block * blockLines_;
     blockFilled_ = std::clamp<int64_t>(gatheredLines_ - firstLine, 0, blockLines_);
-    if (blockFilled_ == 0) return true;
-    const auto count = static_cast<std::size_t>(blockFilled_ * lineBytes_);
-    return SeekStream(stream_.get(), firstLine * lineBytes_, SEEK_SET) &&
-           std::fread(lines_.data(), 1, count, stream_.get()) == count;
+    return blockFilled_ == 0 || union_.ReadAt(firstLine * lineBytes_, lines_.data(),
+                                              static_cast<std::size_t>(blockFilled_ * lineBytes_));
 }
 
 bool WhiteInk::WriteBack() {
     if (!isChanged_) return true;
     isChanged_ = false;
-    const auto count = static_cast<std::size_t>(blockFilled_ * lineBytes_);
-    return SeekStream(stream_.get(), block_ * blockLines_ * lineBytes_, SEEK_SET) &&
-           std::fwrite(lines_.data(), 1, count, stream_.get()) == count;
+    return union_.WriteAt(block_ * blockLines_ * lineBytes_, lines_.data(),
+                          static_cast<std::size_t>(blockFilled_ * lineBytes_));
 }
 
 /// A union that lacks lines must not print as white: the page gets none.
 void WhiteInk::GiveUp() {
     gathers_ = false;
-    RemoveFile();
-}
-
-bool WhiteInk::EndGathering() {
-    if (stream_ == nullptr) return false;
-    // A full disk can show as late as at the close.
-    const bool written = WriteBack();
-    return std::fclose(stream_.release()) == 0 && written;
+    const int reason = union_.SystemError();
+    union_.Discard();
+    lines_ = {};
+    report_->Note(Doubt::kWhiteUnion, {"plugin\\output\\WhiteInk", __LINE__},
+                  "the white file gets no lines, their union is lost", path_.fullPath(), reason);
 }
 
 bool WhiteInk::StartReading(LineReader& reader, bool bottomLineFirst) {
-    if (IsGathered(whiteType_) && (!hasFile_ || !EndGathering())) return false;
+    if (lineBytes_ <= 0) return false;
+    if (readsReady_) {
+        if (!OpenReady()) return false;
+        reader.Start(
+            [this](int64_t offset, void* data, std::size_t count) {
+                return ready_.ReadAt(static_cast<uint64_t>(offset), data, count, &readError_) ==
+                       count;
+            },
+            static_cast<int64_t>(ready_.Size()), lineBytes_, bottomLineFirst);
+        return true;
+    }
+    const bool gathered = gathers_ && union_.IsOpen();
+    if (gathered && !WriteBack()) GiveUp();
     gathers_ = false;
-    hasFile_ = true;  // what stands ready for the other treatments goes as well
-    return lineBytes_ > 0 && reader.Open(path_, lineBytes_, bottomLineFirst);
+    if (!union_.IsOpen()) return false;
+    reader.Start([this](int64_t offset, void* data,
+                        std::size_t count) { return union_.ReadAt(offset, data, count); },
+                 gatheredLines_ * lineBytes_, lineBytes_, bottomLineFirst);
+    return true;
+}
+
+/// Opens what stands ready for the white file, if anything does.
+bool WhiteInk::OpenReady() {
+    constexpr LogPlace kPlace = {"plugin\\output\\WhiteInk", __LINE__};
+    ForgetSystemError();
+    if (!path_.isValid() || !ready_.Open(path_.fullPath().c_str())) {
+        report_->Note(Doubt::kReadyWhite, kPlace, "no white stands ready", path_.fullPath(),
+                      LastSystemError());
+        return false;
+    }
+    if (static_cast<int64_t>(ready_.Size()) != lineBytes_ * heightLines_)
+        report_->Note(Doubt::kReadyWhite, kPlace,
+                      "the white that stands ready is not of the page's size", path_.fullPath());
+    return true;
 }
 
 const uint8_t* WhiteInk::ReadLine(LineReader& reader) const {
@@ -118,14 +144,20 @@ const uint8_t* WhiteInk::ReadLine(LineReader& reader) const {
     return line;
 }
 
-void WhiteInk::RemoveFile() {
-    stream_.reset();
-    if (hasFile_) AFile::DeleteFileA(path_, 1);
-    hasFile_ = false;
-    lines_ = {};
+void WhiteInk::EndReading(const LineReader& reader) {
+    const int reason = union_.IsOpen() ? union_.SystemError() : readError_;
+    Discard();
+    if (!reader.HasFailed()) return;
+    report_->Note(Doubt::kWhiteUnion, {"plugin\\output\\WhiteInk", __LINE__},
+                  "the white file ends early, its lines cannot be read back", path_.fullPath(),
+                  reason);
 }
 
-void WhiteInk::Discard() {
+void WhiteInk::Discard() noexcept {
     gathers_ = false;
-    RemoveFile();
+    union_.Discard();
+    ready_.Close();
+    if (readsReady_) AFile::DeleteFileA(path_, 1);
+    readsReady_ = false;
+    lines_ = {};
 }

@@ -69,6 +69,12 @@ std::vector<std::string> BaseFolder::Log() const {
     return Lines(root_ / "log");
 }
 
+std::vector<std::string> BaseFolder::Errors() const {
+    std::vector<std::string> errors = Log();
+    std::erase_if(errors, [](const std::string& line) { return line.rfind("E ", 0) != 0; });
+    return errors;
+}
+
 std::vector<std::string> Listing(const fs::path& folder) {
     std::vector<std::string> names;
     for (const auto& entry : fs::recursive_directory_iterator(folder)) {

@@ -29,6 +29,8 @@ class BaseFolder {
     std::vector<std::string> Messages() const;
     /// Lines of the log file.
     std::vector<std::string> Log() const;
+    /// Those of level E.
+    std::vector<std::string> Errors() const;
 
   private:
     std::filesystem::path root_;

@@ -47,7 +47,7 @@ TEST_F(ContainerFaultsTest, JobFiles) {
     std::filesystem::create_directory(JobFile());
     ExpectOpenFails("a folder");
     std::filesystem::remove(JobFile());
-    EXPECT_TRUE(folder.Log().empty());
+    EXPECT_EQ(FailedSteps(), 0U);
 
     WriteText(JobFile(), good + std::string(100000, 'x'));  // only its beginning counts
     EXPECT_EQ(Answers(), "1111");
@@ -57,13 +57,12 @@ TEST_F(ContainerFaultsTest, JobFiles) {
 TEST_F(ContainerFaultsTest, FilesThatAreNoContainer) {
     WriteText(JobFile(), JobFileBytes());
     ExpectOpenFails("no container");
-    Texts log;
+    std::size_t failedSteps = 0;
     for (const std::string& text : {std::string(), std::string("no TIFF at all"),
                                     std::string("II+\0\x08\0\0\0", 8) + std::string(64, '\xff')}) {
         WriteText(Container(), text);
         EXPECT_EQ(Answers(), "0");
-        log.emplace_back(kStepLogLine);
-        EXPECT_EQ(folder.Log(), log);
+        EXPECT_EQ(FailedSteps(), ++failedSteps);
     }
     EXPECT_TRUE(Listing(folder.Out()).empty());
 }
@@ -90,7 +89,7 @@ TEST_F(ContainerFaultsTest, DamagedPages) {
         {"no image", noImage, 1, "1110"},
         {"rows that are not there", tooManyRows, 1, "11110"},
     };
-    Texts log;
+    std::size_t failedSteps = 0;
     for (const Row& row : rows) {
         SCOPED_TRACE(row.Name);
         EmptyOutputFolder();
@@ -104,9 +103,9 @@ TEST_F(ContainerFaultsTest, DamagedPages) {
             const bool isPrinted = number <= row.PrintedPages;
             EXPECT_EQ(Output(tile + "C2.raw"), isPrinted ? ChannelBytes(page, "C2") : "");
         }
-        if (!IsPrinted(row.Answers)) log.emplace_back(kStepLogLine);
+        if (!IsPrinted(row.Answers)) ++failedSteps;
     }
-    EXPECT_EQ(folder.Log(), log);
+    EXPECT_EQ(FailedSteps(), failedSteps);
 }
 
 }  // namespace

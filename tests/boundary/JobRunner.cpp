@@ -62,6 +62,19 @@ void BoundaryTest::EmptyOutputFolder() {
     std::filesystem::create_directory(folder.Out());
 }
 
+std::size_t BoundaryTest::FailedSteps() const {
+    std::size_t count = 0;
+    std::string before = kStepLogLine;
+    for (const std::string& entry : folder.Errors()) {
+        if (entry == kStepLogLine) {
+            ++count;
+            EXPECT_NE(before, kStepLogLine) << "a failed step without its reason";
+        }
+        before = entry;
+    }
+    return count;
+}
+
 std::size_t LineBytes(const Page& page) {
     int deepest = 0;
     for (const Separation& separation : page.Separations)

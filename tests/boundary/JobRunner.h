@@ -73,6 +73,8 @@ class BoundaryTest : public ::testing::Test {
         return IsPrinted(StartJob(pages, sourceName, choices).Run());
     }
     void EmptyOutputFolder();
+    /// The failed steps that the log tells of; each has an entry before it that says why.
+    std::size_t FailedSteps() const;
     /// Bytes of a file below the output folder.
     std::string Output(const std::string& name) const { return ReadText(folder.Out() / name); }
     std::filesystem::path JobFile() const { return folder.Jobs() / "job"; }

@@ -115,8 +115,8 @@ TEST_F(NamesTest, NamesThatLeaveTheFolder) {
         MakeJob({page});
         const Texts before = Listing(folder.Root());
         EXPECT_EQ(StartJob({page}, row.SourceName).Run(), row.Answers);
-        EXPECT_EQ(folder.Log(),
-                  Texts(*row.Answers != '\0' && !IsPrinted(row.Answers), kStepLogLine));
+        const bool fails = *row.Answers != '\0' && !IsPrinted(row.Answers);
+        EXPECT_EQ(FailedSteps(), fails ? 1U : 0U);
         std::filesystem::remove(folder.Root() / "log");
         if (IsPrinted(row.Answers)) {
             EXPECT_EQ(Output("rooted.raw"), ChannelBytes(page, "C1"));

@@ -21,9 +21,9 @@ class OutputFaultsTest : public BoundaryTest {
     void ExpectFails(Job& job, const std::string& answers) {
         EXPECT_EQ(job.Run(), answers);
         EXPECT_TRUE(Listing(folder.Temp()).empty());
-        const Texts log = folder.Log();
+        const Texts log = folder.Errors();
         EXPECT_EQ(job.Step(), 0);
-        EXPECT_EQ(folder.Log(), log);
+        EXPECT_EQ(folder.Errors(), log);
     }
 
     // A line is 400 bytes, a channel 40,000.
@@ -40,7 +40,7 @@ TEST_F(OutputFaultsTest, OutputFoldersThatAreNone) {
             EXPECT_EQ(job.Run(), *rules == '\0' ? "" : "10") << rules << name;
         }
     }
-    EXPECT_EQ(folder.Log(), Texts(2, kStepLogLine));
+    EXPECT_EQ(FailedSteps(), 2U);
     EXPECT_EQ(ReadText(folder.Root() / "file"), "kept");
     EXPECT_FALSE(std::filesystem::exists(folder.Root() / "missing"));
 }
@@ -52,7 +52,7 @@ TEST_F(OutputFaultsTest, ChannelNameTakenByAFolder) {
     Job job = StartJob({page});
     ExpectFails(job, "10");
     EXPECT_EQ(Output("Proof_C1.raw"), ChannelBytes(page, "C1"));
-    EXPECT_EQ(folder.Log(), Texts{kStepLogLine});
+    EXPECT_EQ(FailedSteps(), 1U);
 }
 
 // The step that meets the fault fails, with the last line at the latest.
@@ -102,7 +102,7 @@ TEST_F(OutputFaultsTest, WritesThatFail) {
         EXPECT_STREQ(job.Status.StatusText, row.Text);
         EXPECT_EQ(job.Status.StatusKind, *row.Text == '\0' ? 0 : 1);
         EXPECT_TRUE(Listing(folder.Temp()).empty());
-        const Texts log = folder.Log();
+        const Texts log = folder.Errors();
         if (!IsPrinted(answers)) {
             EXPECT_EQ(log.empty() ? "" : log.back(), kStepLogLine);
         } else if (row.Extension == std::string("tif")) {
@@ -155,7 +155,7 @@ TEST_F(OutputFaultsTest, DiskSpace) {
     ExpectFails(job, "0");
     EXPECT_EQ(folder.Messages(), Texts{"{\"caption\":\"\",\"owner\":4660,\"text\":\"There is not "
                                        "enough disk space.\",\"type\":65536}"});
-    EXPECT_EQ(folder.Log(), Texts{kStepLogLine});
+    EXPECT_EQ(FailedSteps(), 1U);
     EXPECT_TRUE(Listing(folder.Out()).empty());
 }
 
@@ -166,12 +166,12 @@ TEST_F(OutputFaultsTest, StepBeforeThePort) {
         Job job = MakeJob({page});
         ASSERT_EQ(job.Open(), 1);
         ExpectFails(job, "0");
-        EXPECT_EQ(folder.Log().back(), kStepLogLine);
+        EXPECT_EQ(folder.Errors().back(), kStepLogLine);
         EXPECT_EQ(Listing(folder.Out()).size(), files);
         EXPECT_TRUE(Listing(folder.Base() / "temp").empty());
         ASSERT_TRUE(Print({page}));
     }
-    EXPECT_EQ(folder.Log().size(), 2U);
+    EXPECT_EQ(FailedSteps(), 2U);
 }
 
 }  // namespace

@@ -3,9 +3,14 @@
 #include "PrinterDriver/Common/Xsrc/AFM_File.h"
 #include "host/QL_LOG.h"
 #include "host/Text.h"
+#include "platform/CodePage.h"
+#include "platform/SystemError.h"
 
 namespace {
 
+constexpr const char* kSource = "PrinterDriver\\Common\\Xsrc\\ABasePrinterDriverImp";
+/// Line that the entry about a failed step has always named; hosts look for it.
+constexpr int kStepFailedLine = 114;
 constexpr int32_t kLastMedium = -100;
 constexpr int32_t kSecondToLastMedium = -101;
 constexpr int32_t kLastMediumToo = -102;
@@ -41,10 +46,35 @@ ABasePrinterDriverImp::~ABasePrinterDriverImp() {
     job_.reset();
 }
 
+/// Runs a job operation, whose answer 0 never goes without an entry that says what failed.
+template <class Call>
+int32_t ABasePrinterDriverImp::AnswerJobCall(const char* operation, Call&& call) noexcept {
+    JobReport& report = writer_->Report();
+    report.ForgetSaid();
+    const char* what = "it failed";
+    try {
+        if (call() != 0) return 1;
+    } catch (const std::bad_alloc&) {
+        what = "out of memory";
+    } catch (...) {  // a JobFault, or what a library threw
+    }
+    if (!report.HasSaid()) report.Fail({kSource, __LINE__}, operation, what);
+    return 0;
+}
+
 int32_t ABasePrinterDriverImp::OpenJob(JobStatusRecord* status, HostOutput* output) {
     ReleaseJob();
-    const bool started = AnswerOr(0, [&] { return StartJob(status, output) ? 1 : 0; }) != 0;
-    if (started) return 1;
+    if (writer_ == nullptr || status == nullptr || output == nullptr) {
+        QL_LOG(kSource, __LINE__, 'E', "OpenJob: no writer, no job status record or no output");
+        return 0;
+    }
+    JobReport& report = writer_->Report();
+    report.StartJob(FieldText(status->JobFilePath, sizeof status->JobFilePath), status);
+    if (!IsCodePageKnown())
+        report.Fail({kSource, __LINE__},
+                    "QL_CODE_PAGE names a code page that the system does not know, "
+                    "UTF-8 serves");
+    if (AnswerJobCall("OpenJob", [&] { return StartJob(status, output) ? 1 : 0; }) != 0) return 1;
     if (job_ != nullptr && job_->Status != nullptr) {
         job_->Status->JobState = JobStatusRecord::kJobEnded;
     }
@@ -53,14 +83,16 @@ int32_t ABasePrinterDriverImp::OpenJob(JobStatusRecord* status, HostOutput* outp
 }
 
 bool ABasePrinterDriverImp::StartJob(JobStatusRecord* status, HostOutput* output) {
-    if (writer_ == nullptr || status == nullptr || output == nullptr) return false;
     job_ = std::make_unique<JobContext>();
     job_->Status = status;
     return ReadJobHeader() != 0 && writer_->OpenJob(job_.get(), 0, output, &job_->Options) != 0;
 }
 
 void ABasePrinterDriverImp::ReleaseJob() {
-    if (writer_ != nullptr) AnswerOr(0, [&] { return writer_->AbortJob(); });
+    if (writer_ != nullptr) {
+        AnswerOr(0, [&] { return writer_->AbortJob(); });
+        writer_->Report().EndJob();
+    }
     job_.reset();
 }
 
@@ -72,21 +104,26 @@ int32_t ABasePrinterDriverImp::ReadJobHeader() {
         char path[sizeof job_->Status->JobFilePath + 1];
         CopyText(path, sizeof path,
                  FieldText(job_->Status->JobFilePath, sizeof job_->Status->JobFilePath));
-        if (file.Open(path, 0) == 0) return 0;
+        ForgetSystemError();
+        if (file.Open(path, 0) == 0) return FailHeader("the job file cannot be opened", path);
         constexpr auto kHeaderBytes = static_cast<int32_t>(sizeof header);
-        if (file.Read(&header, kHeaderBytes, 0, 0) != kHeaderBytes) return 0;
+        if (file.Read(&header, kHeaderBytes, 0, 0) != kHeaderBytes)
+            return FailHeader("the job file is shorter than its header", path);
         CopyHeader(header, *job_);
         return 1;
     });
 }
 
+int32_t ABasePrinterDriverImp::FailHeader(const char* what, const char* path) {
+    const int reason = LastSystemError();
+    if (writer_ != nullptr) writer_->Report().Fail({kSource, __LINE__}, what, path, reason);
+    return 0;
+}
+
 int32_t ABasePrinterDriverImp::ProcessJobStep() {
     if (!HasRunningJob()) return 0;
-    if (AnswerOr(0, [&] { return writer_->ProcessJobStep(); }) != 0) return 1;
-    AnswerOr(0, [] {
-        QL_LOG("PrinterDriver\\Common\\Xsrc\\ABasePrinterDriverImp", 114, 'E', "Exception");
-        return 0;
-    });
+    if (AnswerJobCall("ProcessJobStep", [&] { return writer_->ProcessJobStep(); }) != 0) return 1;
+    QL_LOG(kSource, kStepFailedLine, 'E', "Exception");
     EndJobEarly();
     return 0;
 }
@@ -101,13 +138,14 @@ int32_t ABasePrinterDriverImp::AbortJob() {
 void ABasePrinterDriverImp::EndJobEarly() {
     job_->Aborted = 1;
     AnswerOr(0, [&] { return writer_->AbortJob(); });
+    writer_->Report().EndJob();
     job_->Status->JobState = JobStatusRecord::kJobEnded;
 }
 
 int32_t ABasePrinterDriverImp::OpenPort(const char* folder, const char* sourceName) {
     if (writer_ == nullptr) return 0;
     if (!HasRunningJob()) return 1;
-    if (AnswerOr(0, [&] { return writer_->OpenPort(folder, sourceName); }) == 0) {
+    if (AnswerJobCall("OpenPort", [&] { return writer_->OpenPort(folder, sourceName); }) == 0) {
         job_->Status->JobState = JobStatusRecord::kJobEnded;
     }
     return 1;

@@ -86,6 +86,10 @@ class ABasePrinterDriverImp : public ABasePrinterDriver {
 
   private:
     bool HasRunningJob() const { return job_ != nullptr && job_->Aborted == 0; }
+    template <class Call>
+    int32_t AnswerJobCall(const char* operation, Call&& call) noexcept;
+    /// Says what is wrong with the job file; 0.
+    int32_t FailHeader(const char* what, const char* path);
     void ReleaseJob();
     bool StartJob(JobStatusRecord* status, HostOutput* output);
     void EndJobEarly();

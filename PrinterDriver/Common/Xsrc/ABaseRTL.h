@@ -5,6 +5,7 @@
 
 #include "PrinterDriver/Common/Xsrc/ABasePrinterDriver.h"
 #include "PrinterDriver/Common/Xsrc/JobRecords.h"
+#include "PrinterDriver/Common/Xsrc/JobReport.h"
 #include "host/Records.h"
 #include "host/ZEJob.h"
 
@@ -101,6 +102,8 @@ class ABaseRTL {
     virtual int32_t SetPrintSettings(PrintSettings* settings);
 
     const PrintSettings& StoredSettings() const { return settings_; }
+    /// Where every failure and doubt of the job is said; the driver begins it with each job.
+    JobReport& Report() { return report_; }
 
   protected:
     ABaseRTL();
@@ -109,6 +112,7 @@ class ABaseRTL {
     AImage* pageImage_ = nullptr;       ///< of the current page; the container owns it
     HostOutput* output_ = nullptr;
     JobContext* job_ = nullptr;  ///< borrowed from the driver; null until OpenJob
+    JobReport report_;
 
   private:
     void WriteToHost(const void* data, int32_t count, int line, const char* message);

@@ -9,6 +9,7 @@
 
 #include "PrinterDriver/Common/Xsrc/JobFault.h"
 #include "host/AXMLTree.h"
+#include "host/LogText.h"
 #include "host/Text.h"
 #include "platform/win32.h"
 
@@ -17,6 +18,7 @@ namespace {
 constexpr DWORD kTimeSliceMs = 200;
 constexpr int32_t kPageStatus = 1;
 constexpr int64_t kRowBufferSlackBytes = 2048;
+constexpr const char* kSource = "PrinterDriver\\Common\\Xsrc\\APageBaseRTL";
 
 /// Rounds half up; what is no resolution (not a number, below 0, beyond 32 bits) ends at the
 /// nearest number that fits, 0 for none.
@@ -24,13 +26,6 @@ int32_t RoundedResolution(double resolution) {
     if (!(resolution > 0)) return 0;
     return static_cast<int32_t>(
         std::min(std::floor(resolution + 0.5), double{std::numeric_limits<int32_t>::max()}));
-}
-
-/// Narrows a size that has been computed in 64 bits; one beyond the buffers that a page may have
-/// counts as out of memory.
-int32_t PageSize(int64_t value) {
-    if (value < 0 || value > std::numeric_limits<int32_t>::max()) Raise(kOutputFailed);
-    return static_cast<int32_t>(value);
 }
 
 /// One axis of a page against the resolution that the device asks for at least.
@@ -64,12 +59,28 @@ int32_t APageBaseRTL::OpenJob(JobContext* job, int32_t /*reserved*/, HostOutput*
 void APageBaseRTL::OpenContainer() {
     const AFilePath jobPath(FieldText(job_->Status->JobFilePath, sizeof job_->Status->JobFilePath));
     AFilePath path = ZEJob::GetFileName(kPreferredContainer, jobPath);
-    if (!path.exists()) path = ZEJob::GetFileName(kFallbackContainer, jobPath);
-    if (!path.exists()) Raise(kNoContainer);
+    int reason = 0;
+    Existence existence = path.LookFor(&reason);
+    if (existence == Existence::kMissing) {
+        path = ZEJob::GetFileName(kFallbackContainer, jobPath);
+        existence = path.LookFor(&reason);
+    }
+    if (existence != Existence::kExists) {
+        report_.Fail({kSource, __LINE__}, "there is no job container", path.fullPath(), reason);
+        Raise(kNoContainer);
+    }
     pageImage_ = nullptr;
+    containerPath_ = path.fullPath();
     container_ = std::make_unique<ZEJob>(0);
-    container_->Load(path);
+    container_->Load(path);  // a container that is none shows with its first page
     container_->OpenData(1);
+}
+
+int32_t APageBaseRTL::PageSize(int64_t value) {
+    if (value >= 0 && value <= std::numeric_limits<int32_t>::max())
+        return static_cast<int32_t>(value);
+    report_.Fail({kSource, __LINE__}, "a page is too large for its buffers", containerPath_);
+    Raise(kOutputFailed);
 }
 
 void APageBaseRTL::FillPageInfo() {
@@ -113,15 +124,20 @@ void APageBaseRTL::InitChannelOrder() {
 }
 
 int32_t APageBaseRTL::AbortJob() {
-    pageImage_ = nullptr;
-    container_.reset();
-    rowBuffer_.reset();
-    repeatedRowBuffer_.reset();
+    ReleaseImages();
     pageInfo_.reset();
     track_.reset();
     output_ = nullptr;
     job_ = nullptr;
     return 1;
+}
+
+/// Closes the container, which a host may move or delete from here on, and frees the row buffers.
+void APageBaseRTL::ReleaseImages() {
+    pageImage_ = nullptr;
+    container_.reset();
+    rowBuffer_.reset();
+    repeatedRowBuffer_.reset();
 }
 
 int32_t APageBaseRTL::ReservedQuery5() {
@@ -170,6 +186,7 @@ int32_t APageBaseRTL::EndPage() {
 }
 
 int32_t APageBaseRTL::EndJob() {
+    ReleaseImages();
     job_->Status->JobState = JobStatusRecord::kJobEnded;
     return 1;
 }
@@ -183,7 +200,12 @@ int32_t APageBaseRTL::NextPage(int32_t current) {
 
 int32_t APageBaseRTL::SetUpColorMode() {
     pageImage_ = container_->GetImage(static_cast<uint32_t>(track_->PageIndex));
-    if (pageImage_ == nullptr) return 0;
+    if (pageImage_ == nullptr) {
+        LogText what;
+        what << "page " << track_->PageIndex + 1 << " has no image";
+        FailRead(what, container_->Failure());
+        return 0;
+    }
     track_->Separations.clear();
     pageImage_->GetSeparations(track_->Separations);
     track_->SeparationCount = PageSize(static_cast<int64_t>(track_->Separations.size()));
@@ -209,6 +231,7 @@ void APageBaseRTL::MapSeparations() {
     track.ColorantToSeparation.assign(track.Colorants.size(), kUnmatched);
     track.SeparationBits.clear();
     track.MaximumBits = 0;
+    track.CustomColorModeDamaged = 0;
     const bool custom = HasCustomColorMode();
     for (uint32_t i = 0; i < track.Separations.size(); ++i) {
         const AColorant& separation = *track.Separations[i];
@@ -233,7 +256,7 @@ void APageBaseRTL::MapSeparations() {
 }
 
 /// Whether the host sends a colour mode of its own with the job: separation i is colorant i.
-bool APageBaseRTL::HasCustomColorMode() const {
+bool APageBaseRTL::HasCustomColorMode() {
     const char* text = job_->Status->CustomColorModeXml;
     if (text == nullptr) return false;
     const std::string_view xml = text;
@@ -241,8 +264,11 @@ bool APageBaseRTL::HasCustomColorMode() const {
     AXMLTree tree("RootElement");
     AXMLTreeNode root;
     AXMLTreeNode mode;
-    return tree.loadXML(xml, 1) != 0 && tree.getRootNode(root) != 0 &&
-           tree.getChild("CustomColorMode", root, mode) != 0;
+    if (tree.loadXML(xml, 1) == 0 || tree.getRootNode(root) == 0) {
+        track_->CustomColorModeDamaged = 1;
+        return false;
+    }
+    return tree.getChild("CustomColorMode", root, mode) != 0;
 }
 
 void APageBaseRTL::ApplyDeviceResolution() {
@@ -351,12 +377,11 @@ const uint8_t* APageBaseRTL::ReadBand(uint32_t separation, int32_t row) {
     const auto rowBytes = static_cast<int32_t>((rowBits + 7) / 8);
     if (track_->XRepeat == 1 && rowBytes == bandBytes_) {  // a copy would add nothing
         const uint8_t* const band = pageImage_->Row(separation, track_->SourceRow);
-        if (band == nullptr) Raise(kOutputFailed);
+        if (band == nullptr) RaiseUnreadable(separation);
         return band;
     }
-    if (pageImage_->ReadRow(separation, track_->SourceRow, 1, rowBuffer_.get(), 0) == 0) {
-        Raise(kOutputFailed);
-    }
+    if (pageImage_->ReadRow(separation, track_->SourceRow, 1, rowBuffer_.get(), 0) == 0)
+        RaiseUnreadable(separation);
     // A deeper separation before this one may have left more bytes than this row fills.
     std::fill(rowBuffer_.get() + rowBytes, rowBuffer_.get() + track_->BytesPerSourceRow,
               uint8_t{0});
@@ -367,6 +392,19 @@ const uint8_t* APageBaseRTL::ReadBand(uint32_t separation, int32_t row) {
     RepackBits(bits, rowBits, rowBuffer_.get(), track_->XRepeat, &bitPosition,
                repeatedRowBuffer_.get());
     return repeatedRowBuffer_.get();
+}
+
+void APageBaseRTL::FailRead(LogText& what, const ContainerFailure& failure) {
+    if (failure.text[0] != '\0') what << ", " << std::string_view(failure.text);
+    report_.Fail({kSource, __LINE__}, what.View(), containerPath_, failure.systemError);
+}
+
+void APageBaseRTL::RaiseUnreadable(uint32_t separation) {
+    LogText what;
+    what << "row " << track_->SourceRow << " of separation "
+         << track_->Separations[separation]->InternalName << " cannot be read";
+    FailRead(what, pageImage_->Failure());
+    Raise(kOutputFailed);
 }
 
 void APageBaseRTL::ReportProgress(int32_t percent) {

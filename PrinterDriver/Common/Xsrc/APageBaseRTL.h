@@ -1,6 +1,7 @@
 #pragma once
 
 #include "PrinterDriver/Common/Xsrc/ABaseRTL.h"
+#include "host/LogText.h"
 
 /// The output writer's second layer: walks a job's pages, separations and rows in time slices. It
 /// knows nothing about files; what happens to a row is the derived class's matter.
@@ -56,10 +57,18 @@ class APageBaseRTL : public ABaseRTL {
     void MapSeparations();
     void ApplyDeviceResolution();
     void AllocateRowBuffers();
-    bool HasCustomColorMode() const;
+    bool HasCustomColorMode();
+    void ReleaseImages();
+    /// Narrows a size that has been computed in 64 bits; one beyond the buffers that a page may
+    /// have counts as out of memory.
+    int32_t PageSize(int64_t value);
+    /// Says what of the container cannot be read, and why.
+    void FailRead(LogText& what, const ContainerFailure& failure);
+    [[noreturn]] void RaiseUnreadable(uint32_t separation);
     const uint8_t* ReadBand(uint32_t separation, int32_t row);
     void SkipToNextChannel();
 
+    AString containerPath_;
     std::unique_ptr<uint8_t[]> rowBuffer_;
     int32_t rowBufferBytes_ = 0;
     std::unique_ptr<uint8_t[]> repeatedRowBuffer_;

@@ -95,5 +95,6 @@ class JobTrackRecord {
     AObList<AColorant> Separations;    ///< of the current page; the page image owns them
     APtrArray<AColorant> Colorants;
     int32_t PageFinished = 1;
-    int32_t PageOpen = 0;  ///< all bands of the page are output, its end is due
+    int32_t PageOpen = 0;                ///< all bands of the page are output, its end is due
+    int32_t CustomColorModeDamaged = 0;  ///< the host sends one with the page that cannot be read
 };

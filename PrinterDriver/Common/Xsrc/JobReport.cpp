@@ -1,6 +1,8 @@
 #include "PrinterDriver/Common/Xsrc/JobReport.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <functional>
 
 #include "PrinterDriver/Common/Xsrc/JobFault.h"
 #include "host/LogText.h"
@@ -35,7 +37,7 @@ void JobReport::StartJob(std::string_view jobFile, JobStatusRecord* status) {
     status_ = status;
     isStrict_ = WantsStrict();
     hasSaid_ = false;
-    noted_.reset();
+    notedCount_ = 0;
 }
 
 void JobReport::NameJob(std::string_view jobName) {
@@ -43,7 +45,7 @@ void JobReport::NameJob(std::string_view jobName) {
 }
 
 void JobReport::StartPage() {
-    noted_.reset();
+    notedCount_ = 0;
 }
 
 void JobReport::Write(char level, LogPlace place, std::string_view message) noexcept {
@@ -65,13 +67,21 @@ void JobReport::Warn(LogPlace place, std::string_view what, std::string_view sub
     Write('W', place, message.View());
 }
 
+bool JobReport::IsNew(Doubt doubt, std::string_view subject) {
+    constexpr std::size_t kDoubts = 256;
+    const std::size_t key =
+        std::hash<std::string_view>()(subject) * kDoubts + static_cast<std::size_t>(doubt);
+    const auto end = noted_.begin() + static_cast<std::ptrdiff_t>(notedCount_);
+    if (notedCount_ == noted_.size() || std::find(noted_.begin(), end, key) != end) return false;
+    noted_[notedCount_++] = key;
+    return true;
+}
+
 void JobReport::Note(Doubt doubt, LogPlace place, std::string_view what, std::string_view subject,
                      int systemError) {
-    const auto index = static_cast<std::size_t>(doubt);
     LogText message;
     Compose(message, jobName_, what, subject, systemError);
-    if (!noted_.test(index)) Write('E', place, message.View());
-    noted_.set(index);
+    if (IsNew(doubt, subject)) Write('E', place, message.View());
     if (!isStrict_) return;
     if (status_ != nullptr) {
         CopyText(status_->StatusText, sizeof status_->StatusText, message.View());

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <bitset>
+#include <array>
 #include <cstdint>
 #include <string_view>
 
@@ -14,8 +14,9 @@ struct LogPlace {
 };
 
 /// Why a page may come out short or other than ordered although the job goes on.
-enum class Doubt : std::size_t {
+enum class Doubt : uint8_t {
     kReversedData,     ///< a channel is written top line first
+    kChannelLine,      ///< a channel file does not take a line; the step fails
     kShortChannel,     ///< a channel or white file lacks lines
     kWhiteUnion,       ///< the white file lacks the union's lines
     kReadyWhite,       ///< what stands ready for the white file is not the page's
@@ -31,7 +32,6 @@ enum class Doubt : std::size_t {
     kWhiteNotOffered,  ///< the white choice is none of the model's
     kSamePath,         ///< two files of a page have one path
     kSideFile,         ///< a header or ticket is not there whole
-    kCount
 };
 
 /// What a job has to say for itself: an entry of level E for every failure, and for every doubt,
@@ -56,8 +56,8 @@ class JobReport {
     /// The same of level W.
     void Warn(LogPlace place, std::string_view what, std::string_view subject = {},
               int systemError = 0) noexcept;
-    /// The same of level E, once a page and cause. In strict mode the entry's message becomes the
-    /// status text and kOutputFailed is raised.
+    /// The same of level E, once a page, doubt and subject. In strict mode the entry's message
+    /// becomes the status text and kOutputFailed is raised.
     void Note(Doubt doubt, LogPlace place, std::string_view what, std::string_view subject = {},
               int systemError = 0);
 
@@ -67,11 +67,15 @@ class JobReport {
     void ForgetSaid() { hasSaid_ = false; }
 
   private:
+    bool IsNew(Doubt doubt, std::string_view subject);
     void Write(char level, LogPlace place, std::string_view message) noexcept;
 
     char jobName_[1024] = {};
     JobStatusRecord* status_ = nullptr;
     bool isStrict_ = false;
     bool hasSaid_ = false;
-    std::bitset<static_cast<std::size_t>(Doubt::kCount)> noted_;  ///< of this page
+    /// What was noted of this page, by doubt and subject. A page that has so many kinds of trouble
+    /// needs no further entries.
+    std::array<std::size_t, 64> noted_ = {};
+    std::size_t notedCount_ = 0;
 };
