@@ -12,13 +12,13 @@ namespace {
 /// Notes that a template is looked at. False when it already was, or with the reason among the
 /// findings when it cannot be read; else `text` is what the driver's reader, `read`, makes of it.
 bool BeginTemplate(CheckRun& run, const AFilePath& path,
-                   std::optional<std::string> (*read)(const AFilePath&, std::uint64_t),
+                   std::optional<std::string> (*read)(const AFilePath&, std::uint64_t, int*),
                    std::string& text) {
     run.Named.insert(path.fullPath());
     if (!run.Found.BeginFile(path.fullPath())) return false;
     std::string reason = NoFileReason(path);
     std::optional<std::string> content;
-    if (reason.empty()) content = read(path, kMostTextBytes);
+    if (reason.empty()) content = read(path, kMostTextBytes, nullptr);
     if (reason.empty() && !content) reason = "cannot be read";
     if (content) text = std::move(*content);
     if (!reason.empty()) run.Found.Add(Severity::kError, path.fullPath(), {}, "the file " + reason);

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "PrinterDriver/Common/Xsrc/JobReport.h"
@@ -32,6 +33,9 @@ class ChannelFiles {
     /// Forgets an earlier page; `report` and `folder` are borrowed for the page.
     void StartPage(JobReport& report, const ChannelShape& shape, const PageFolder& folder,
                    ChannelNaming naming, int32_t channelCount);
+
+    /// The files that are opened from here on have other names.
+    void UseNaming(ChannelNaming naming) { naming_ = std::move(naming); }
 
     /// Whether a channel is written already, or is being written.
     bool IsWritten(int32_t channel) const;

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "host/FileBytes.h"
-#include "platform/SystemError.h"
 
 namespace {
 
@@ -65,11 +64,11 @@ bool GivesHeader(const AFilePath& headerTemplate, const std::vector<HeaderKeywor
 
 void WriteHeaderFile(JobReport& report, WriterId writer, const AFilePath& headerTemplate,
                      const AFilePath& header, const std::vector<HeaderKeyword>& keywords) {
-    ForgetSystemError();
-    const std::optional<std::string> text = ReadFileText(headerTemplate);
+    int reason = 0;
+    const std::optional<std::string> text = ReadFileText(headerTemplate, kMostTextBytes, &reason);
     if (!text) {
         report.Note(Doubt::kSideFile, {kSource, __LINE__}, "the header template cannot be read",
-                    headerTemplate.fullPath(), LastSystemError());
+                    headerTemplate.fullPath(), reason);
         return;
     }
     HeaderBuffer buffer;

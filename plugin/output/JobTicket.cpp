@@ -9,7 +9,6 @@
 #include "host/FileBytes.h"
 #include "host/QLCopyFile.h"
 #include "platform/CodePage.h"
-#include "platform/SystemError.h"
 #include "ui/messages/ShowMessage.h"
 
 namespace {
@@ -94,10 +93,9 @@ int32_t WriteTicketFile(JobReport& report, WriterId writer, const AFilePath& tic
     constexpr const char* kNotWritten = "the ticket cannot be written";
     if (!ticketTemplate.isValid()) return CannotCreate(report, kNoTemplate, ticketTemplate, 0);
     if (!ticket.isValid()) return CannotCreate(report, kNotWritten, ticket, 0);
-    ForgetSystemError();
-    const std::optional<std::string> text = ReadFileBytes(ticketTemplate);
+    int reason = 0;
+    const std::optional<std::string> text = ReadFileBytes(ticketTemplate, kMostTextBytes, &reason);
     if (!text) {
-        const int reason = LastSystemError();
         // Too large to be filled in, or missing; a copy of what there is stands for the ticket.
         QLCopyFile(ticketTemplate, ticket);
         return CannotCreate(report, kNoTemplate, ticketTemplate, reason);

@@ -20,7 +20,6 @@
 
 namespace {
 
-constexpr int32_t kDriverId = 246;
 /// The host's port kind for output into files.
 constexpr int32_t kFilePort = 256;
 constexpr int32_t kPageStatus = 1;
@@ -29,121 +28,17 @@ constexpr const char* kSource = "plugin\\output\\RTL";
 constexpr std::size_t kNameBytes = 256;
 constexpr int32_t kReadOptions = 1;
 
-/// Identifier of a capability item; an absent one matches nothing.
-int32_t ItemId(const CapabilityItem* item) {
-    return item == nullptr ? -1 : item->ID;
-}
-
 }  // namespace
 
 RTL::RTL() = default;
 
 RTL::~RTL() = default;
 
-int32_t RTL::GetDeviceResolution(int32_t* x, int32_t* y) {
-    *x = 1;
-    *y = 1;
-    return 1;
-}
-
-int32_t RTL::GetDriverId() {
-    return kDriverId;
-}
-
-int32_t RTL::IsColorModeAllowed(int32_t position, int32_t* allowed, char* name,
-                                PrintSettings* settings) {
-    return description_.IsColorModeAllowed(position, allowed, name, settings);
-}
-
-int32_t RTL::GetColorantList(int32_t position, ColorantInfoList* list) {
-    return description_.GetColorantList(position, list);
-}
-
-int32_t RTL::FindColorModeID(const char* name) {
-    return description_.FindColorModeID(name);
-}
-
-int32_t RTL::GetDefaultColorMode(char* name, PrintSettings* settings) {
-    return description_.GetDefaultColorMode(name, settings);
-}
-
-/// Loads the description of the settings' model; false without settings, too.
-bool RTL::LoadDescription(const PrintSettings* settings) {
-    if (settings == nullptr) return false;
-    // A name that fills its field has no NUL.
-    const AString model(FieldText(settings->ModelName, sizeof settings->ModelName));
-    return description_.LoadDescription(model.c_str()) != 0;
-}
-
-int32_t RTL::GetMediaList(PrintSettings* settings, CapabilityList* list, int32_t* defaultMedia) {
-    const AFX_MAINTAIN_STATE2 moduleState(AfxGetStaticModuleState());
-    if (!LoadDescription(settings)) return 0;
-    return description_.GetMediaList(description_.LoadedModelName().c_str(), list, defaultMedia);
-}
-
-int32_t RTL::GetPrintModeList(PrintSettings* settings, CapabilityItem* media, CapabilityList* list,
-                              int32_t* defaultPosition) {
-    const AFX_MAINTAIN_STATE2 moduleState(AfxGetStaticModuleState());
-    if (!LoadDescription(settings)) return 0;
-    const int32_t mediaId = ItemId(media);
-    return description_.GetPrintModeList(description_.LoadedModelName().c_str(), &mediaId, list,
-                                         defaultPosition);
-}
-
-int32_t RTL::GetResolutionList(PrintSettings* settings, CapabilityItem* media,
-                               CapabilityItem* printMode, ResolutionList* list,
-                               HostArgument /*further*/) {
-    const AFX_MAINTAIN_STATE2 moduleState(AfxGetStaticModuleState());
-    if (!LoadDescription(settings)) return 0;
-    const int32_t mediaId = ItemId(media);
-    const int32_t printModeId = ItemId(printMode);
-    return description_.GetResolutionList(description_.LoadedModelName().c_str(), &mediaId,
-                                          &printModeId, list);
-}
-
-int32_t RTL::ReservedQuery5() {
-    return 1;
-}
-
-int32_t RTL::AreOptionsDifferent(DriverOptionBlock* a, DriverOptionBlock* b) {
-    return a != nullptr && b != nullptr && a->Kind != b->Kind ? 1 : 0;
-}
-
-int32_t RTL::EnsureDriverOptions(DriverOptionBlock* options) {
-    if (options == nullptr) return 0;
-    ::EnsureDriverOptions(*options, id_);
-    return 1;
-}
-
-int32_t RTL::ReadOutputSettings(const PrintSettings& settings) {
-    return ReadModelOutputSettings(description_, settings, model_);
-}
-
 int32_t RTL::LoadDriverOptions(DriverOptionBlock* block, int32_t load) {
     if (block == nullptr) return 0;
     if (load == kReadOptions) return ReadDriverOptions(*block, model_.SupportWhiteType, id_);
     WriteDriverOptions(*block, model_.SupportWhiteType, id_);
     return 0;
-}
-
-int32_t RTL::GetColorModeChannelInfo(int16_t colorMode, uint16_t* channelCount,
-                                     uint16_t* bitDepth) {
-    if (job_ == nullptr || description_.LoadDescription(job_->PrinterName) == 0) return 0;
-    ColorantQuery query;
-    GetColorantList(colorMode, &query.list);
-    *channelCount = static_cast<uint16_t>(query.list.Count);
-    *bitDepth = static_cast<uint16_t>(query.items[0].ColorDepth);
-    return 1;
-}
-
-int32_t RTL::ReservedPageQuery2() {
-    return 1;
-}
-int32_t RTL::ReservedPageQuery3() {
-    return 1;
-}
-int32_t RTL::ReservedPageQuery4() {
-    return 1;
 }
 
 /// The job's model and choices as print settings.
@@ -218,6 +113,8 @@ int32_t RTL::OpenPort(const char* folder, const char* sourceName) {
     }
     CopyThumbnail();
     portIsOpen_ = true;
+    // What a page under way opens from here on has the new name.
+    if (track_->PageFinished == 0) channels_.UseNaming(Naming());
     return 1;
 }
 
@@ -285,8 +182,6 @@ int32_t RTL::StartPage() {
     SizeLines();
     StartPreview();
     ReadWhiteChoice();
-    const ChannelNaming naming =
-        PageNaming(description_, job_->PrinterName, model_, channelCount_, jobName_);
     // From here on files are made.
     ForgetSystemError();
     if (!folder_.MakeTile()) {
@@ -307,7 +202,7 @@ int32_t RTL::StartPage() {
                          .yResolution = pageInfo_->YResolution,
                          .bottomLineFirst = model_.PrinterDirection != 0,
                          .lineInterleaved = track_->Order == kLineInterleaved},
-                        folder_, naming, channelCount_);
+                        folder_, Naming(), channelCount_);
     white_.StartPage(report_, model_.EffectiveWhiteType(), lineBytes_, track_->OutputRows);
     return 1;
 }
@@ -328,18 +223,23 @@ void RTL::ReadWhiteChoice() {
                          ? "the white choice is missing, the model's default serves"
                          : "the white choice cannot be read, the model's default serves",
                      place.Path.fullPath(), place.SystemError);
-    NotePageDoubts(PageNaming(description_, job_->PrinterName, model_, channelCount_, jobName_));
+    NotePageDoubts();
     if (!isRead && report_.IsStrict()) LoadDriverOptions(options_, kReadOptions);
 }
 
-void RTL::NotePageDoubts(const ChannelNaming& naming) {
+void RTL::NotePageDoubts() {
     NoteSeparationDoubts(report_, *track_);
     NoteWhiteDoubts(report_, *track_, model_);
-    NotePathDoubts(report_, PageFiles(naming));
+    NotePathDoubts(report_, PageFiles());
+}
+
+ChannelNaming RTL::Naming() {
+    return PageNaming(description_, job_->PrinterName, model_, channelCount_, jobName_);
 }
 
 /// Every file that the page is going to write.
-std::vector<AFilePath> RTL::PageFiles(const ChannelNaming& naming) const {
+std::vector<AFilePath> RTL::PageFiles() {
+    const ChannelNaming naming = Naming();
     std::vector<AFilePath> files;
     for (int32_t channel = 0; channel < channelCount_; ++channel) {
         const bool hasData =
@@ -413,8 +313,7 @@ int32_t RTL::WriteHeader() {
 }
 
 void RTL::WriteWhiteChannel() {
-    const ChannelNaming naming =
-        PageNaming(description_, job_->PrinterName, model_, channelCount_, jobName_);
+    const ChannelNaming naming = Naming();
     if (!naming.HasWhite()) return;
     const int32_t type = model_.EffectiveWhiteType();
     if (IsPlainWhite(type)) {

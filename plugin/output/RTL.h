@@ -87,8 +87,9 @@ class RTL : public APageBaseRTL {
     bool LoadDescription(const PrintSettings* settings);
     void SizeLines();
     void ReadWhiteChoice();
-    void NotePageDoubts(const ChannelNaming& naming);
-    std::vector<AFilePath> PageFiles(const ChannelNaming& naming) const;
+    void NotePageDoubts();
+    ChannelNaming Naming();
+    std::vector<AFilePath> PageFiles();
     void WarnOfEarlierPage();
     std::vector<HeaderKeyword> PageHeaderKeywords() const;
     AFilePath HeaderPath() const;
