@@ -33,13 +33,19 @@ void ExplainTicket(std::string_view text, const TemplateRemarks& remarks) {
         const auto name = std::find_if(names.begin(), names.end(), [&](std::string_view known) {
             return word.starts_with(known);
         });
-        const auto warn = [&](std::string what) { remarks.Warning(at, std::move(what)); };
-        if (name == names.end())
-            warn(fmt::format("no keyword {}{}: it stays as it is", Quoted(word),
-                             DidYouMean(word, names)));
-        else if (!met.insert(*name).second)
-            warn(fmt::format("only the first {} is replaced: this one stays as it is", *name));
-        else if (word != *name)
-            warn(fmt::format("of {} only {} is replaced", Quoted(word), *name));
+        if (name == names.end()) {
+            // The program that reads the ticket may have words of its own with this beginning.
+            std::string what = fmt::format("no keyword {}{}: it stays as it is", Quoted(word),
+                                           DidYouMean(word, names));
+            if (NearestName(word, names).empty())
+                remarks.Warning(at, std::move(what));
+            else
+                remarks.Error(at, std::move(what));
+        } else if (!met.insert(*name).second) {
+            remarks.Error(
+                at, fmt::format("only the first {} is replaced: this one stays as it is", *name));
+        } else if (word != *name) {
+            remarks.Warning(at, fmt::format("of {} only {} is replaced", Quoted(word), *name));
+        }
     }
 }

@@ -90,13 +90,14 @@ const FaultCase kDescriptionFaults[] = {
       "\"Wrong "
       "media index.\""}},
     {{{"<XResValue>720</XResValue><YResValue>720</YResValue>", "<XResValue>0</XResValue>"}},
-     {"15:5: error: the item has no element \"YResValue\"", "15:18: warning: XResValue is 0"}},
+     {"15:5: error: the item has no element \"YResValue\"",
+      "15:18: error: XResValue is 0 dots per inch"}},
     {{{"<I ID=\"1\"><ColorDepth>8", "<I ID=\"3\"><ColorDepth>8"}},
      {"27:10: error: ID \"3\" is no position of the 3 colours"}},
     {{{"<Control_Definition", "<Control_Definitions"},
       {"</Control_Definition", "</Control_Definitions"}},
      {"1:1: error: no element \"Control_Definition\"",
-      "30:1: warning: element \"Control_Definitions\" is not read (did you mean "
+      "30:1: error: element \"Control_Definitions\" is not read (did you mean "
       "\"Control_Definition\"?)"}},
     // Misread: identifiers that are no positions, combinations of nothing, files that collide.
     {{{"<ID>1</ID><InternalName>Black", "<ID>0</ID><InternalName>Black"}},
@@ -111,7 +112,8 @@ const FaultCase kDescriptionFaults[] = {
     {{{"filename_K.tif", "filename_C.tif"}},
      {"23:5: error: channels 1 and 2 of \"Two\" share the file"}},
     {{{"filename_K.tif", "filename.HDR"}},
-     {"39:3: error: the header and a channel of \"Two\" share the file"}},
+     {"19:84: warning: ChannelName \"filename.HDR\" makes a file of raw lines",
+      "39:3: error: the header and a channel of \"Two\" share the file"}},
     {{{"filename_C.tif", "../filename_C.tif"}},
      {"18:82: error: ChannelName \"../filename_C.tif\""}},
     {{{"name=\"filename.png\"", "name=\"filename.hdr\""}},
@@ -119,6 +121,57 @@ const FaultCase kDescriptionFaults[] = {
     {{{"\"ticket.txt\"", "\"../ticket.txt\""}},
      {"40:21: error: \"../ticket.txt\" names a file outside"}},
     {{{"\"header.txt\"", "\"heade.txt\""}}, {"41:18: error: "}},
+    {{{"<ID>1</ID><InternalName>vinyl", "<Id>1</Id><InternalName>vinyl"}},
+     {"8:5: error: the item has no element \"ID\"",
+      "8:8: error: element \"Id\" is not read (did you mean \"ID\"?)"}},
+    // Found by its number alone.
+    {{{"<ID>1</ID><InternalName>Black", "<ID>01</ID><InternalName>Black"}},
+     {"25:10: error: channel names are looked up by the text of the ID: \"1\" is not \"01\"",
+      "27:10: error: channel names are looked up"}},
+    {{{"<ID>1</ID><InternalName>one", "<ID>1, 2</ID><InternalName>one"}},
+     {"26:8: warning: only the 1 of ID \"1, 2\" is read",
+      "26:8: error: channel names are looked up by the text of the ID, which is \"1, 2\" and "
+      "must"}},
+    {{{"<InternalName>film", "<InternalName>" + std::string(64, 'f')}},
+     {"7:18: error: InternalName is longer than the 63 bytes"}},
+    // What the files look like.
+    {{{"<ColorDepth>8", "<ColorDepth>16"}}, {"27:17: error: ColorDepth 16 cannot be printed"}},
+    {{{"<ColorDepth>1</ColorDepth></I>\n", "<ColorDepth>2</ColorDepth></I>\n"}},
+     {"25:33: error: ColorDepth 1 beside the 2 of the first colorant"}},
+    {{{"filename_K.tif", "filename_K.tfi"}},
+     {"19:84: error: ChannelName \"filename_K.tfi\" makes a file of raw lines; did you mean "
+      "\".tif\""}},
+    {{{"filename_K.tif", "filename_K.raw"}},
+     {"19:84: warning: ChannelName \"filename_K.raw\" makes a file of raw lines, where \".tif\" "
+      "makes one of TIFF"}},
+    {{{"filename_C.tif", "filename.c"}, {"filename_K.tif", "filename.k"}, {"_W.tif", ".w"}}, {}},
+    {{{"filename_W.tif", "filename_C.tif"}},
+     {"39:3: error: the white ink and a channel of \"Two\" share the file \"filename_C.tif\""}},
+    {{{"filename.hdr", "filename_W.tif"}},
+     {"39:3: error: the header and the white ink share the file \"filename_W.tif\""}},
+    // An only channel has the job's name, and its own when it is blank.
+    {{{"<I ID=\"1\"><ColorDepth>8", "<I ID=\"0\"><ColorDepth>8"},
+      {"      <I ID=\"0\" IsSpotColor=\"0\"><ColorDepth>1</ColorDepth></I>\n", ""},
+      {"filename.hdr", "filename_C.tif"}},
+     {"38:3: error: the header and a channel of \"One\" share the file \"filename_C.tif\""}},
+    {{{"PrinterDirection=\"NO\"", "PrinterDirection=\"YSE\""}},
+     {"39:34: error: PrinterDirection \"YSE\" counts as NO (did you mean \"YES\"?)"}},
+    {{{"TypeRead=\"PAGE\"", "TypeRead=\"LINE_BY_LIN\""}},
+     {"39:18: error: TypeRead \"LINE_BY_LIN\" counts as PAGE (did you mean \"LINE_BY_LINE\"?)"}},
+    {{{"PrinterDirection=", "PrinterDirektion="}},
+     {"39:34: error: attribute \"PrinterDirektion\" is not read (did you mean "
+      "\"PrinterDirection\"?)"}},
+    {{{"1|Under,Full;1,3;0,1", "2|Under,Full;1,x;0"}},
+     {"39:75: error: SupportWhite has 2 names, 2 codes and 1 header codes",
+      "39:75: error: the default 2 is none of the codes",
+      "39:75: error: \"1,x;0\" holds more than numbers"}},
+    {{{"output=\"filename.hdr\"", "output=\"\""}},
+     {"41:5: error: no output: the driver writes no header"}},
+    {{{"<E Name=\"Roll\"", "<E Name=\"roll\""}}, {"39:6: error: no model has these rules"}},
+    {{{"sizeV=\"200\" bestFit=\"0\"", "sizeV=\"4000\" bestFit=\"1\""}}, {}},
+    {{{"sizeV=\"200\" bestFit=\"0\"", "sizeV=\"5000\" bestFit=\"1\""}},
+     {"42:42: error: no preview is made of a page whose longer side is less than 1.6 times"}},
+    {{{"sizeV=\"200\"", "sizeV=\"0\""}}, {"42:5: error: no preview is made"}},
     // Ignored or guessed.
     {{{"<ID>0</ID><InternalName>film", "<ID>0 x</ID><InternalName>film"}},
      {"7:8: warning: only the 0 of ID \"0 x\" is read"}},
@@ -136,7 +189,6 @@ const FaultCase kDescriptionFaults[] = {
     {{{"<I ID=\"0\" IsSpotColor=\"0\"", "<I IsSpotColor=\"2\""}},
      {"24:7: warning: the colorant has no ID; it counts as colour 0",
       "24:10: warning: IsSpotColor 2"}},
-    {{{"<ColorDepth>8", "<ColorDepth>3"}}, {"27:17: warning: ColorDepth 3"}},
     {{{"<R ID=\"0\" DefaultColorMode=\"0\"><K ID=\"0\"/></R>", ""}},
      {"36:5: warning: the only resolution here serves every resolution"}},
     {{{"<M ID=\"1\" DefaultPrintMode=\"0\"><P ID=\"0\">",
@@ -146,22 +198,18 @@ const FaultCase kDescriptionFaults[] = {
       {"<R ID=\"1\" DefaultColorMode=\"1\"><K ID=\"1\"/>",
        "<R ID=\"1\" DefaultColorMode=\"0\"><K ID=\"0\"/>"}},
      {"26:5: warning: no combination allows this colour mode"}},
-    {{{"TypeRead=\"PAGE\"", "TypeRead=\"LINE_BY_LIN\""}},
-     {"39:18: warning: TypeRead \"LINE_BY_LIN\" counts as PAGE (did you mean \"LINE_BY_LINE\"?)"}},
-    {{{"1|Under,Full;1,3;0,1", "2|Under,Full;1,x;0"}},
-     {"39:75: warning: SupportWhite has 2 names, 2 codes and 1 header codes",
-      "39:75: warning: the default 2 is none of the codes",
-      "39:75: warning: \"1,x;0\" holds more than numbers"}},
     {{{"<InternalName>White", "<InternalName>Weiss"}},
      {"20:5: warning: no colour mode prints this colour",
       "39:75: warning: no colour with the InternalName \"White\""}},
-    {{{"output=\"filename.hdr\"", "output=\"\""}},
-     {"41:5: warning: no output: the driver writes no header"}},
     {{{"type=\"PNG\"", "type=\"png\""}},
      {"42:19: warning: type \"png\" counts as BMP (did you mean \"PNG\"?)",
       "42:66: warning: name \"filename.png\" does not say"}},
-    {{{"sizeV=\"200\"", "sizeV=\"0\""}}, {"42:5: error: no preview is made"}},
-    {{{"<E Name=\"Roll\"", "<E Name=\"Rolf\""}}, {"39:6: warning: no model has these rules"}},
+    {{{"<XResValue>360</XResValue><YResValue>720</YResValue><DisplayName>Low",
+       "<XResValue>360</XResValue><YResValue>720</YResValue><DisplayName>720 x 360 dpi"}},
+     {"14:18: warning: \"720 x 360 dpi\" has 360 dots per inch across and 720 down"}},
+    {{{"<XResValue>360</XResValue><YResValue>720</YResValue><DisplayName>Low",
+       "<XResValue>360</XResValue><YResValue>720</YResValue><DisplayName>360x720, 8 pass"}},
+     {}},
 };
 
 class Check : public DriverHost {
@@ -195,6 +243,10 @@ TEST_F(Check, FindsFaultsOfADescriptionWhereTheyStand) {
     Write("plain.xml", Edited(kDescription, {{"<ID>0</ID><InternalName>film",
                                               "<ID>\xC3\xA4</ID><InternalName>film"}}));
     const std::string place = "7:8: error: ID \"\xC3\xA4\"";
+    Write(Data("roll.xml"), Edited(kDescription, {{"Film", "Folie f\xFCr"}}));
+    ExpectFound(
+        Found(Data("roll.xml")),
+        Starts{"7:71: error: no XML document: the byte FC is part of no character in UTF-8"});
     for (const char* const encode :
          {"gzip -c", "iconv -f utf-8 -t utf-16", "iconv -f utf-8 -t utf-16be"}) {
         ASSERT_EQ(Shell(fmt::format("{} plain.xml > {}", encode, Data("roll.xml"))).Status, 0);
@@ -214,12 +266,12 @@ TEST_F(Check, FollowsTheModelListAndTheFilesThatItNames) {
           "</Models>\n");
     ExpectFound(Found(Data("ZeComFile.xml")),
                 Starts{"2:39: warning: attribute \"Nmae\" is not read (did you mean \"Name\"?)",
-                       "3:8: warning: no model reaches this entry: the entry in line 2 takes",
-                       "4:1: warning: \"roll.xml\" has no output rules",
+                       "3:8: error: no model reaches this entry: the entry in line 2 takes",
+                       "4:1: error: \"roll.xml\" has no output rules",
                        "5:20: error: \"../lost.xml\" names a file outside its folder",
                        "6:1: warning: the entry has no Name",
                        "6:8: error: ", "7:1: error: the entry has no XMLFile",
-                       "7:8: warning: no model reaches this entry: the entry in line 6"});
+                       "7:8: error: no model reaches this entry: the entry in line 6"});
     Write(Data("ZeComFile.xml"), kModels);
     // Halftone lists, options, what nothing names and what a host needs.
     Write(Data("stray.xml"), "<a/>");
@@ -236,7 +288,14 @@ TEST_F(Check, FollowsTheModelListAndTheFilesThatItNames) {
           "<R><DriverOptions SupportWhiteType=\"x\"/></R>");
     ExpectFound(Found("base/Jobs and Settings/OptionsDrivers/QL_DROP_1.xml"),
                 Starts{"1:19: warning: SupportWhiteType \"x\""});
-    ExpectFound(Found("base/Temp"), Starts{"1:1: warning: the folder does not exist"});
+    ExpectFound(Found("base/Temp"), Starts{"1:1: error: the folder does not exist: reversed"});
+    Write("base/Temp", "");
+    ExpectFound(Found("base/Temp"), Starts{"1:1: error: it is no folder"});
+    Write(Data("JobTicketTemplates/ticket.txt"), "QL_COPYS QL_TILES QL_TILES QL_HOUSE\r\n");
+    ExpectFound(Found(Data("JobTicketTemplates/ticket.txt")),
+                Starts{"1:1: error: no keyword \"QL_COPYS\" (did you mean \"QL_COPIES\"?)",
+                       "1:19: error: only the first QL_TILES is replaced",
+                       "1:28: warning: no keyword \"QL_HOUSE\""});
 }
 
 TEST_F(Check, TakesOneFileAndAnswersWithItsStatus) {

@@ -77,8 +77,11 @@ const Row kRows[] = {
     {"Level=\"1\" Value=\"0.6\"",
      "Level=\"0\" Value=\"2\"",
      {"9:1: warning: ink 0 has no weight at position 1",
+      "9:8: error: the weights of ink 0 do not rise: position 1 has 0.6667 after 2",
       "10:1: warning: the weight is not used: a later one has its place",
       "11:32: warning: 2 is no share of full ink"}},
+    {"Value=\"0.6\"", "Value=\"0.3\"", {"11:32: warning: the weights of ink 0 do not rise"}},
+    {"Value=\"0.6\"", "Value=\"0.06\"", {"11:32: error: the weights of ink 0 do not rise"}},
     {"<AntiClogLevel Value=\"0\"/><NoiseLevel Value=\"1\"/>",
      "<AntiClogLevel/>",
      {"8:1: error: no element \"NoiseLevel\"; the driver shows \"Getting ditherparams-noise",
@@ -126,8 +129,12 @@ TEST_F(HalftoneCheck, FollowsListsAndMaps) {
     Write(data + "map.xml",
           "<m>\n<x Name='Fenland R4' XMLFile='r4.xml'/>\n<x Name='Fenland S1' "
           "XMLFile='r4.xml'/>\n<x Name='fenland r4' XMLFile='r4.xml'/>\n<x/>\n</m>");
-    Write(data + "r4.xml", Edited("ID=\"Roll\">\n<Media ID=\"0,1\"",
-                                  "ID=\"Old\"/><Model ID=\"Fenland R4\"><Media ID=\"0,4\""));
+    std::string r4 = Edited("ID=\"Roll\">\n<Media ID=\"0,1\"",
+                            "ID=\"Old\"/><Model ID=\"Fenland R4\"><Media ID=\"0,4\"");
+    r4.replace(r4.find("</ColorMode>"), 0,
+               "<Item ColorName=\"cYAN\" Angle=\"1\" Frequency=\"60\" ShapeName=\"Round\"/>\n"
+               "<Item ColorName=\"Cyam\" Angle=\"1\" Frequency=\"60\" ShapeName=\"Round\"/>");
+    Write(data + "r4.xml", r4);
     Write("b.xml", kDither);
     ASSERT_EQ(Shell("gzip -c b.xml > base/OutputDrivers/MyDitherparams.xml").Status, 0);
     const Outcome checked = Host({"check", "base"});
@@ -145,7 +152,9 @@ TEST_F(HalftoneCheck, FollowsListsAndMaps) {
                 Starts{"2:1: error: no element serves the model \"Fenland S1\"",
                        "3:1: error: no element \"Media\"",
                        "3:8: warning: nothing reaches this model: no model that leads to this file",
-                       "3:48: warning: nothing reaches Media 4: the models of this file have 4"});
+                       "3:48: warning: nothing reaches Media 4: the models of this file have 4",
+                       "17:7: error: no colour of the models that lead to this file is named "
+                       "\"Cyam\" (did you mean \"cyan\"?)"});
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "driverhost/check/FileChecks.h"
 #include "host/Text.h"
+#include "platform/Program.h"
 
 namespace fs = std::filesystem;
 
@@ -26,24 +27,47 @@ std::vector<fs::path> FilesOf(const AFilePath& folder) {
     return files;
 }
 
+struct HostFolder {
+    const char* Name;
+    Severity Level;  ///< of its absence
+    const char* Consequence;
+};
+
+constexpr HostFolder kHostFolders[] = {
+    {"Temp", Severity::kError,
+     "reversed channels are written top line first, and white treatments 1 and 2 give a white file "
+     "without lines"},
+    {"temp", Severity::kWarning, "a job for which the host names no folder fails"},
+    {kSettingsFolders[0], Severity::kWarning, "options are not stored"},
+};
+
+/// Whether files can be made there, found out by making one: permissions do not tell of a file
+/// system that is full or takes no changes.
+bool TakesFiles(const AFilePath& folder) {
+    const std::string probe = CreatePrivateFolder(AFilePath(folder).Append("check-").fullPath());
+    std::error_code error;
+    return !probe.empty() && fs::remove(probe, error);
+}
+
 /// A base folder that has none of the folders that a host adds is model data on its way to one.
 void CheckHostFolders(CheckRun& run) {
-    const std::pair<const char*, const char*> folders[] = {
-        {"Temp",
-         "reversed channels are written top line first, and white treatments 1 and 2 give a "
-         "white file without lines"},
-        {"temp", "a job for which the host names no folder fails"},
-        {kSettingsFolders[0], "options are not stored"},
+    const auto exists = [](const HostFolder& folder) {
+        return AFilePath().Append(folder.Name).exists();
     };
-    const auto exists = [](const auto& folder) {
-        return AFilePath().Append(folder.first).exists();
-    };
-    if (std::none_of(std::begin(folders), std::end(folders), exists)) return;
-    for (const auto& [folder, consequence] : folders) {
-        const AFilePath path = AFilePath().Append(folder);
-        if (path.exists()) continue;
-        run.Found.Add(Severity::kWarning, path.fullPath(), {},
-                      fmt::format("the folder does not exist: {}", consequence));
+    if (std::none_of(std::begin(kHostFolders), std::end(kHostFolders), exists)) return;
+    for (const HostFolder& folder : kHostFolders) {
+        const AFilePath path = AFilePath().Append(folder.Name);
+        std::error_code error;
+        std::string fault;
+        if (!path.exists())
+            fault = "the folder does not exist";
+        else if (!fs::is_directory(path.fullPath(), error))
+            fault = "it is no folder";
+        else if (!TakesFiles(path))
+            fault = "no file can be made in the folder";
+        if (!fault.empty())
+            run.Found.Add(folder.Level, path.fullPath(), {},
+                          fmt::format("{}: {}", fault, folder.Consequence));
     }
 }
 

@@ -7,10 +7,10 @@
 #include <map>
 #include <set>
 
+#include "driverhost/check/EncodingCheck.h"
 #include "host/FileBytes.h"
 #include "host/Gzip.h"
 #include "host/Numbers.h"
-#include "host/XmlReading.h"
 
 namespace fs = std::filesystem;
 
@@ -85,8 +85,10 @@ bool CheckedDocument::Load(const AFilePath& path, Form form) {
     const XmlOutcome outcome = ReadXml(bytes_, document_);
     positions_.emplace(Utf8Form(bytes_, outcome.Encoding));
     root_ = FirstElement(document_.first_child());
-    if (!outcome.Fault) return true;
-    Add(Severity::kError, outcome.Fault->Offset, "no XML document: " + outcome.Fault->Reason);
+    std::optional<XmlFault> fault = outcome.Fault;
+    if (!fault) fault = EncodingFault(bytes_, outcome.Encoding);
+    if (!fault) return true;
+    Add(Severity::kError, fault->Offset, "no XML document: " + fault->Reason);
     return false;
 }
 
@@ -130,14 +132,18 @@ void CheckedDocument::CheckAttributes(const pugi::xml_node& element, const Known
         const bool isFirst = met.insert(name).second;
         if (isFirst && (Contains(known.Attributes, name) || IsForeign(name))) continue;
         std::string hint;
+        bool isLost = false;
         if (!isFirst) {
             hint = ": only the first of this name is";
         } else if (Contains(known.Children, name)) {
             hint = "; it is read from a child element";
+            isLost = !ChildElement(element, name);
         } else {
             hint = DidYouMean(name, known.Attributes);
+            const std::string meant(NearestName(name, known.Attributes));
+            isLost = !meant.empty() && !element.attribute(meant.c_str());
         }
-        Add(Severity::kWarning, OffsetOf(element, attribute),
+        Add(isLost ? Severity::kError : Severity::kWarning, OffsetOf(element, attribute),
             fmt::format("attribute {} is not read{}", Quoted(name), hint));
     }
 }
@@ -158,10 +164,14 @@ void CheckedDocument::CheckChildren(const pugi::xml_node& element, const Known& 
         if (child.type() != pugi::node_element || known.IsList) continue;
         const std::string_view name = child.name();
         if (!Contains(known.Children, name)) {
-            const std::string hint = Contains(known.Attributes, name)
-                                         ? "; it is read from an attribute"
-                                         : DidYouMean(name, known.Children);
-            Warning(child, fmt::format("element {} is not read{}", Quoted(name), hint));
+            const bool isAttribute = Contains(known.Attributes, name);
+            const std::string_view meant = NearestName(name, known.Children);
+            const bool isLost = isAttribute ? !element.attribute(child.name())
+                                            : !meant.empty() && !ChildElement(element, meant);
+            Add(isLost ? Severity::kError : Severity::kWarning, OffsetOf(child),
+                fmt::format("element {} is not read{}", Quoted(name),
+                            isAttribute ? "; it is read from an attribute"
+                                        : DidYouMean(name, known.Children)));
             continue;
         }
         const auto [earlier, isFirst] = first.emplace(name, child);

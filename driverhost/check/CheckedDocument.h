@@ -45,7 +45,8 @@ class CheckedDocument {
     TextPosition PositionOf(const pugi::xml_node& element) const;
 
     /// Reports what the driver does not read of an element itself: unknown attributes and children
-    /// (with the known name that was probably meant), repeated children, text.
+    /// (with the known name that was probably meant), repeated children, text. A name that stands
+    /// where a known one is missing is an error: what it says is lost.
     void CheckNames(const pugi::xml_node& element, const Known& known) const;
 
     /// The text of the child `name` as the driver reads it; "" when it is absent. A repeated child

@@ -11,13 +11,14 @@
 #include "description/DescriptionLists.h"
 #include "driverhost/check/FileChecks.h"
 #include "driverhost/check/ListCheck.h"
+#include "driverhost/check/ReferencesCheck.h"
+#include "driverhost/check/ResolutionNameCheck.h"
 #include "host/Records.h"
 
 namespace {
 
 using Known = CheckedDocument::Known;
 
-constexpr int32_t kMostDitheredInks = 16;        // the dither parameters' inks
 constexpr std::size_t kMostItemBytes = 63;       // of a name in the host's lists
 constexpr std::size_t kMostModeNameBytes = 255;  // of a colour mode's name
 
@@ -42,6 +43,7 @@ class DefinitionCheck {
         CheckResolutions();
         CheckColors();
         CheckColorModes();
+        CheckReferences(document_, facts_);
         return std::move(facts_);
     }
 
@@ -60,7 +62,8 @@ class DefinitionCheck {
     std::vector<pugi::xml_node> CheckList(const ListKind& kind, const Known& item,
                                           const std::vector<std::string_view>& attributes,
                                           CheckItem checkItem);
-    void CheckDots(const pugi::xml_node& item, const char* name, const char* message);
+    /// The dots per inch of one axis; 0 when there are none.
+    int32_t CheckDots(const pugi::xml_node& item, const char* name, const char* message);
 
     const CheckedDocument& document_;
     pugi::xml_node definition_;
@@ -115,12 +118,13 @@ void DefinitionCheck::CheckPrintModes() {
     facts_.PrintModeCount = static_cast<int32_t>(facts_.PrintModes.size());
 }
 
-void DefinitionCheck::CheckDots(const pugi::xml_node& item, const char* name, const char* message) {
+int32_t DefinitionCheck::CheckDots(const pugi::xml_node& item, const char* name,
+                                   const char* message) {
     const pugi::xml_node node = ChildElement(item, name);
     if (!node) {
         document_.Error(
             item, fmt::format("the item has no element {}{}", Quoted(name), Refusal(message)));
-        return;
+        return 0;
     }
     const std::string text = document_.ChildText(item, name);
     const std::optional<int32_t> dots = document_.Number(node, name, text);
@@ -128,16 +132,22 @@ void DefinitionCheck::CheckDots(const pugi::xml_node& item, const char* name, co
         document_.Error(node, fmt::format("{} {} is no number of 0 or more{}", name, Quoted(text),
                                           Refusal(message)));
     } else if (*dots == 0) {
-        document_.Warning(node, fmt::format("{} is 0 dots per inch", name));
+        document_.Error(node, fmt::format("{} is 0 dots per inch: nothing can be printed", name));
     }
+    return dots.value_or(0);
 }
 
 void DefinitionCheck::CheckResolutions() {
     const Known item = {{"ID", "XResValue", "YResValue", "DisplayName"}, {}, false, false};
     facts_.Resolutions = CheckList(kResolutions, item, {}, [&](const pugi::xml_node& node) {
-        CheckDots(node, "XResValue", "Wrong xResolution.");
-        CheckDots(node, "YResValue", "Wrong yResolution.");
-        CheckItemName(document_, node, "DisplayName", kMostItemBytes);
+        const int32_t x = CheckDots(node, "XResValue", "Wrong xResolution.");
+        const int32_t y = CheckDots(node, "YResValue", "Wrong yResolution.");
+        const std::string name = CheckItemName(document_, node, "DisplayName", kMostItemBytes);
+        if (NamesExchanged(name, x, y))
+            document_.Warning(ChildElement(node, "XResValue"),
+                              fmt::format("{} has {} dots per inch across and {} down; are the two "
+                                          "exchanged?",
+                                          Quoted(name), x, y));
     });
     facts_.ResolutionCount = static_cast<int32_t>(facts_.Resolutions.size());
 }
@@ -167,7 +177,7 @@ void DefinitionCheck::CheckColorModes() {
                         fmt::format("no element {}; the driver refuses the description {}",
                                     Quoted(kColorModes.name), kWithoutMessage));
     } else if (CountElements(list) == 0) {
-        document_.Warning(list, "the list is empty: the model offers no colour mode");
+        document_.Error(list, "the list is empty: the model offers no colour mode");
     }
     const Known item = {{"ID", "InternalName", "DisplayName", "ColorantList"}, {}, false, false};
     CheckList(kColorModes, item, {}, [&](const pugi::xml_node& node) { CheckColorMode(node); });
@@ -194,10 +204,10 @@ void DefinitionCheck::CheckColorMode(const pugi::xml_node& item) {
         CheckColorant(colorant, mode, depth);
     });
     const int32_t count = CountElements(list);
-    if (count == 0) document_.Warning(item, "the colour mode has no colorants");
-    if (count > kMostDitheredInks) {
+    if (count == 0) document_.Error(item, "the colour mode has no colorants: it prints nothing");
+    if (count > DitherParams::kMostInks) {
         document_.Warning(item, fmt::format("{} colorants: dither parameters describe the first {}",
-                                            count, kMostDitheredInks));
+                                            count, DitherParams::kMostInks));
     }
     if (count > kColorantCapacity) {
         document_.Error(
@@ -230,14 +240,14 @@ void DefinitionCheck::CheckColorant(const pugi::xml_node& item, DescribedColorMo
         document_.Error(at, fmt::format("ColorDepth {} is no number of 0 or more{}",
                                         Quoted(depthText), Refusal("Wrong color depth.")));
     } else if (*depth != 1 && *depth != 2 && *depth != 4 && *depth != 8) {
-        document_.Warning(at, fmt::format("ColorDepth {}: job containers hold separations of 1, 2, "
-                                          "4 or 8 bits",
-                                          *depth));
+        document_.Error(at, fmt::format("ColorDepth {} cannot be printed: job containers hold "
+                                        "separations of 1, 2, 4 or 8 bits",
+                                        *depth));
     } else if (modeDepth && *modeDepth != *depth) {
-        document_.Warning(at,
-                          fmt::format("ColorDepth {}: the first colorant has {}, which the host "
-                                      "is told for the whole mode",
-                                      *depth, *modeDepth));
+        document_.Error(at, fmt::format("ColorDepth {} beside the {} of the first colorant: a page "
+                                        "is written in its greatest depth, in which the others "
+                                        "come out wrong",
+                                        *depth, *modeDepth));
     }
     if (!modeDepth) modeDepth = depth;
 

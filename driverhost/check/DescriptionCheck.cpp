@@ -7,6 +7,7 @@
 #include "description/CDynamic.h"
 #include "driverhost/HostError.h"
 #include "driverhost/WorkFolder.h"
+#include "driverhost/check/ChannelFormatCheck.h"
 #include "driverhost/check/FileChecks.h"
 #include "platform/Program.h"
 
@@ -67,6 +68,7 @@ void CheckDescription(CheckRun& run, const AFilePath& path) {
                          false});
     const DescriptionFacts facts = CheckDefinition(document);
     CheckCombinations(document, facts);
+    CheckChannelFormats(document, facts);
     CheckOutputRules(run, document, facts);
     // The driver has the last word, should these checks ever know less than it does.
     const std::optional<std::string> refusal = DriverRefusal(document.Bytes());

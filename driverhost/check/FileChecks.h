@@ -23,6 +23,12 @@
 /// fault can make, the comparison is left out.
 inline constexpr int32_t kMostModels = 1000;
 
+/// The models that a description has output rules for.
+struct OutputRules {
+    bool HasList = false;  ///< without one every model has the default rules
+    std::vector<std::string> Models;
+};
+
 struct CheckRun {
     Findings Found;
     /// Whether QL_BASE_FOLDER names the folder that the files belong to. Without it names of other
@@ -34,8 +40,7 @@ struct CheckRun {
     std::set<std::string> Named;
     /// Whether a file could not be read, which may name others.
     bool HasUnread = false;
-    /// The models that a description has output rules for, by its full path.
-    std::map<std::string, std::vector<std::string>> ModelsWithRules;
+    std::map<std::string, OutputRules> Rules;  ///< of each description, by its full path
 };
 
 /// `OutputDrivers/ZeComFile.xml` and the descriptions that it names.

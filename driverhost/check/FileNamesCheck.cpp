@@ -50,7 +50,9 @@ class NamesCheck {
     void CheckSideFiles(const SideFiles& model);
     void CheckWhite(const SideFiles& model);
     void CheckUse();
+    AStringArray Patterns(const DescribedColorMode& mode) const;
     AStringArray ChannelFiles(const DescribedColorMode& mode) const;
+    std::set<std::string> WhiteFiles(const SideFiles& model) const;
     void Warn(const Pattern& pattern, std::string text) const {
         if (pattern.Attribute == nullptr) {
             document_.Warning(pattern.At, std::move(text));
@@ -132,17 +134,21 @@ void NamesCheck::CheckPattern(const Pattern& pattern, bool sharesFolder) {
     }
 }
 
+AStringArray NamesCheck::Patterns(const DescribedColorMode& mode) const {
+    AStringArray patterns;
+    for (const int32_t color : mode.Colors)
+        patterns.push_back(facts_.Colors[static_cast<std::size_t>(color)].ChannelName);
+    return patterns;
+}
+
+/// The files of a mode's channels that hold data, by channel.
 AStringArray NamesCheck::ChannelFiles(const DescribedColorMode& mode) const {
     if (mode.Colors.size() == 1) return {kJobName};
-    AStringArray patterns;
-    for (const int32_t color : mode.Colors) {
-        patterns.push_back(facts_.Colors[static_cast<std::size_t>(color)].ChannelName);
-    }
-    const ChannelNaming naming(patterns, static_cast<int32_t>(patterns.size()), kJobName);
+    const auto count = static_cast<int32_t>(mode.Colors.size());
+    const ChannelNaming naming(Patterns(mode), count, kJobName);
     AStringArray files;
-    for (std::size_t channel = 0; channel < patterns.size(); ++channel) {
-        files.push_back(naming.FileName(static_cast<int32_t>(channel)));
-    }
+    for (int32_t channel = 0; channel < count; ++channel)
+        files.push_back(naming.FileName(channel));
     return files;
 }
 
@@ -163,23 +169,41 @@ void NamesCheck::CheckMode(const DescribedColorMode& mode) {
         const auto [ink, isNewInk] =
             inks.emplace(Folded(facts_.Colors[color].InternalName), channel);
         if (isNewInk) continue;
-        document_.Warning(mode.Node,
-                          fmt::format("channels {} and {} of {} are both {}: a separation of that "
-                                      "name goes to the first",
-                                      ink->second + 1, channel + 1, Quoted(mode.Name),
-                                      Quoted(facts_.Colors[color].InternalName)));
+        document_.Error(mode.Node,
+                        fmt::format("channels {} and {} of {} are both {}: a separation of that "
+                                    "name goes to the first, and the second stays blank",
+                                    ink->second + 1, channel + 1, Quoted(mode.Name),
+                                    Quoted(facts_.Colors[color].InternalName)));
     }
     for (const AString& channel : channels)
         channelFiles_.emplace(Folded(channel), mode.Name);
+    // An only channel without data is named by its pattern.
+    if (channels.size() == 1)
+        channelFiles_.emplace(Folded(ChannelNaming(Patterns(mode), 1, kJobName).FileName(0)),
+                              mode.Name);
+}
+
+/// The files that the model's white ink can have: of two colours named White some treatments take
+/// the first one's pattern, some the last one's.
+std::set<std::string> NamesCheck::WhiteFiles(const SideFiles& model) const {
+    std::set<std::string> files;
+    const bool writesWhite = std::any_of(model.WhiteTypes.begin(), model.WhiteTypes.end(),
+                                         [](int32_t type) { return type > 0; });
+    for (const DescribedColor& color : facts_.Colors)
+        if (writesWhite && color.InternalName == "White" && !color.ChannelName.empty())
+            files.insert(SubstituteJobName(color.ChannelName, kJobName));
+    return files;
 }
 
 /// The files beside the channels, which must not be one another's nor a channel's.
 void NamesCheck::CheckSideFiles(const SideFiles& model) {
-    const std::pair<const char*, std::string> writers[] = {
+    std::vector<std::pair<const char*, std::string>> writers = {
         {"the job ticket", model.Ticket},
         {"the header", SubstituteJobName(model.Header, kJobName)},
         {"the preview", SubstituteJobName(model.Preview, kJobName)},
     };
+    for (const std::string& white : WhiteFiles(model))
+        writers.emplace_back("the white ink", white);
     std::map<std::string, const char*> met;
     for (const auto& [writer, file] : writers) {
         if (file.empty()) continue;
@@ -196,26 +220,14 @@ void NamesCheck::CheckSideFiles(const SideFiles& model) {
     }
 }
 
-/// The white channel's file, which models with white ink write beside the channels of the mode.
+/// The white channel's name, where the model writes one.
 void NamesCheck::CheckWhite(const SideFiles& model) {
     const bool writesWhite = std::any_of(model.WhiteTypes.begin(), model.WhiteTypes.end(),
                                          [](int32_t type) { return type > 0; });
-    if (!writesWhite) return;
-    const auto white =
-        std::find_if(facts_.Colors.begin(), facts_.Colors.end(),
-                     [](const DescribedColor& color) { return color.InternalName == "White"; });
-    if (white == facts_.Colors.end() || white->ChannelName.empty()) {
-        document_.Warning(model.Entry, "SupportWhite",
-                          "no colour with the InternalName \"White\" and a ChannelName: the white "
-                          "file is named after the job");
-        return;
-    }
-    const AString file = SubstituteJobName(white->ChannelName, kJobName);
-    const auto channel = channelFiles_.find(Folded(file));
-    if (channel == channelFiles_.end()) return;
+    if (!writesWhite || !WhiteFiles(model).empty()) return;
     document_.Warning(model.Entry, "SupportWhite",
-                      fmt::format("in {} the white ink replaces the channel file {}",
-                                  Quoted(channel->second), Quoted(file)));
+                      "no colour with the InternalName \"White\" and a ChannelName: the white "
+                      "file is named after the job");
 }
 
 /// Colours that nothing prints.

@@ -117,10 +117,10 @@ std::string Folded(std::string text) {
     return text;
 }
 
-std::string DidYouMean(std::string_view unknown, const std::vector<std::string_view>& known) {
+std::string_view NearestName(std::string_view unknown, const std::vector<std::string_view>& known) {
     constexpr std::size_t kLongestName = 64;  // longer ones are no slip of the pen
-    if (unknown.size() > kLongestName) return "";
     std::string_view nearest;
+    if (unknown.size() > kLongestName) return nearest;
     std::size_t least = std::max<std::size_t>(unknown.size() / 3, 1) + 1;
     for (const std::string_view name : known) {
         const std::size_t distance = EditDistance(unknown, name);
@@ -128,5 +128,10 @@ std::string DidYouMean(std::string_view unknown, const std::vector<std::string_v
         least = distance;
         nearest = name;
     }
+    return nearest;
+}
+
+std::string DidYouMean(std::string_view unknown, const std::vector<std::string_view>& known) {
+    const std::string_view nearest = NearestName(unknown, known);
     return nearest.empty() ? "" : fmt::format(" (did you mean \"{}\"?)", nearest);
 }

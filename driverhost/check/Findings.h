@@ -72,6 +72,9 @@ std::string Quoted(std::string_view text);
 /// A text with its letters A to Z in lower case, for names that are the same in any case.
 std::string Folded(std::string text);
 
+/// The known name that an unknown one was probably meant to be; "" when none is near.
+std::string_view NearestName(std::string_view unknown, const std::vector<std::string_view>& known);
+
 /// ` (did you mean "NAME"?)` for the known name that is nearest to an unknown one; "" when none is
 /// near.
 std::string DidYouMean(std::string_view unknown, const std::vector<std::string_view>& known);

@@ -7,6 +7,7 @@
 #include "description/DescriptionLoader.h"
 #include "driverhost/TextCompare.h"
 #include "halftone/HalftoneFiles.h"
+#include "host/XmlReading.h"
 #include "platform/CodePage.h"
 
 namespace {
@@ -75,33 +76,40 @@ void CheckManufacturer(CheckRun& run, const CheckedDocument& document, const pug
     }
 }
 
-/// Raises `counts` to what a model's description has; to any number when it cannot be read.
-void CountLevels(const std::string& model, LevelCounts& counts) {
+/// Adds what a model's description has; any, when it cannot be read.
+void AddModel(const std::string& model, ServedModels& served) {
     Findings unused;  // they are the description's own
     CheckedDocument description(unused);
     const std::optional<AString> file = FindModelDescriptionFile(Utf8ToAnsi(model).c_str());
     if (!file || !description.Load(AFilePath().Append("OutputDrivers").Append(*file),
                                    CheckedDocument::Form::kEncoded)) {
-        counts = {};
+        served = {};
         return;
     }
     const pugi::xml_node definition = ChildElement(description.Root(), "Definition");
     const auto raise = [&](int32_t& count, const char* list) {
         count = std::max(count, CountElements(ChildElement(definition, list)));
     };
-    raise(counts.Media, "MediaList");
-    raise(counts.PrintModes, "PrintModeList");
-    raise(counts.Resolutions, "ResolutionList");
-    raise(counts.ColorModes, "ColorModeList");
+    raise(served.Media, "MediaList");
+    raise(served.PrintModes, "PrintModeList");
+    raise(served.Resolutions, "ResolutionList");
+    raise(served.ColorModes, "ColorModeList");
+    ForEachElement(ChildElement(definition, "ColorList"),
+                   [&](const pugi::xml_node& color, int32_t) {
+                       for (const char* const name : {"InternalName", "DisplayName"})
+                           served.Colors.insert(Folded(TextOf(ChildElement(color, name)).value()));
+                   });
 }
 
-LevelCounts CountLevels(const ParameterFileUse& use) {
+ServedModels FindServedModels(const ParameterFileUse& use) {
     constexpr std::size_t kMostDescriptions = 16;  // that are read for one file
     if (use.Models.empty() || use.Models.size() > kMostDescriptions) return {};
-    LevelCounts counts = {0, 0, 0, 0};
-    for (const std::string& model : use.Models)
-        CountLevels(model, counts);
-    return counts;
+    ServedModels served = {0, 0, 0, 0, {}};
+    for (const std::string& model : use.Models) {
+        AddModel(model, served);
+        if (served.Media == ServedModels::kAny) break;
+    }
+    return served;
 }
 
 bool HoldsListName(const AFilePath& path, const char* listFile, Kind leaves, Kind kind) {
@@ -171,5 +179,5 @@ void CheckParameterFile(CheckRun& run, const AFilePath& path, const ParameterFil
         return;
     }
     CheckPrinterHardware(document, hardware, use,
-                         run.HasBaseFolder ? CountLevels(use) : LevelCounts());
+                         run.HasBaseFolder ? FindServedModels(use) : ServedModels());
 }

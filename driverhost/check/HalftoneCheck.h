@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <limits>
 #include <pugixml.hpp>
+#include <set>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -11,13 +13,15 @@
 
 /// Pieces of the check of halftone parameter files.
 
-/// How many items a model has at each level of the tree; without a model, any number.
-struct LevelCounts {
+/// What the models have that a parameter file serves: items of each level of the tree, and colours.
+/// Without a model, any.
+struct ServedModels {
     static constexpr int32_t kAny = std::numeric_limits<int32_t>::max();
     int32_t Media = kAny;
     int32_t PrintModes = kAny;
     int32_t Resolutions = kAny;
     int32_t ColorModes = kAny;
+    std::set<std::string> Colors;  ///< their names, folded; empty: any
 };
 
 /// What an `ID` serves.
@@ -49,11 +53,12 @@ void CheckChildNames(const CheckedDocument& document, const pugi::xml_node& pare
 
 /// The tree below `PrinterHardware`.
 void CheckPrinterHardware(const CheckedDocument& document, const pugi::xml_node& hardware,
-                          const ParameterFileUse& use, const LevelCounts& counts);
+                          const ParameterFileUse& use, const ServedModels& models);
 
 /// A `DitherParams` entry that serves these level counts.
 void CheckDitherEntry(const CheckedDocument& document, const pugi::xml_node& entry,
                       const ServedIDs& levelCounts);
 
-/// The `Item` elements of a colour mode.
-void CheckScreens(const CheckedDocument& document, const pugi::xml_node& colorMode);
+/// The `Item` elements of a colour mode of models with these colours.
+void CheckScreens(const CheckedDocument& document, const pugi::xml_node& colorMode,
+                  const std::set<std::string>& colors);

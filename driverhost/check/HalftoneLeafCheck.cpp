@@ -73,20 +73,49 @@ class Weights {
                               fmt::format("{} is no share of full ink, 0 to 1", *value));
     }
 
-    /// Every ink that has a weight should have all.
+    /// Every ink that has a weight should have all, each with more ink than the one before.
     void Finish(const pugi::xml_node& level) const {
         if (met_.empty()) document_.Warning(level, "no weight: the levels stay evenly spaced");
-        for (const auto& [ink, weights] : met_)
+        for (const auto& [ink, weights] : met_) {
             for (int32_t position = 0; position < positions_; ++position)
                 if (!weights.contains(position))
-                    document_.Warning(
-                        level, fmt::format("ink {} has no weight at position {}, which "
-                                           "stays {:.3f}",
-                                           ink, position,
-                                           (position + 1) / static_cast<double>(positions_)));
+                    document_.Warning(level,
+                                      fmt::format("ink {} has no weight at position {}, which "
+                                                  "stays {:.3f}",
+                                                  ink, position, EvenShare(position)));
+            CheckRise(level, ink, weights);
+        }
     }
 
   private:
+    using InkWeights = std::map<int32_t, pugi::xml_node>;  ///< by position
+
+    double EvenShare(int32_t position) const {
+        return (position + 1) / static_cast<double>(positions_);
+    }
+
+    /// Reports the first position of an ink that carries no more of it than the one before.
+    void CheckRise(const pugi::xml_node& level, int32_t ink, const InkWeights& weights) const {
+        double before = 0;
+        for (int32_t position = 0; position < positions_; ++position) {
+            const auto weight = weights.find(position);
+            const bool isSet = weight != weights.end();
+            const double share =
+                isSet ? double{LeadingFraction(weight->second.attribute("Value").value()).value()}
+                      : EvenShare(position);
+            if (share <= before) {
+                const std::string text = fmt::format(
+                    "the weights of ink {} do not rise: position {} has {:.4g} after "
+                    "{:.4g}",
+                    ink, position, share, before);
+                const pugi::xml_node at = isSet ? weight->second : level;
+                return share < before ? document_.Error(at, "Value", text)
+                                      : document_.Warning(at, "Value", text);
+            }
+            before = share;
+        }
+    }
+
     void Skip(const pugi::xml_node& weight, const char* attribute,
               const std::string& wanted) const {
         document_.Error(weight, attribute,
@@ -108,7 +137,7 @@ class Weights {
 
     const CheckedDocument& document_;
     int32_t positions_;
-    std::map<int32_t, std::map<int32_t, pugi::xml_node>> met_;  ///< by ink and position
+    std::map<int32_t, InkWeights> met_;  ///< by ink
 };
 
 void CheckLevel(const CheckedDocument& document, const pugi::xml_node& entry,
@@ -177,8 +206,18 @@ void CheckScreenNumber(const CheckedDocument& document, const pugi::xml_node& it
 void CheckScreenName(const CheckedDocument& document, const pugi::xml_node& item,
                      const char* attribute, std::size_t fieldBytes) {
     if (Utf8ToAnsi(item.attribute(attribute).value()).size() < fieldBytes) return;
-    document.Warning(item, attribute,
-                     fmt::format("{} is cut to {} bytes", attribute, fieldBytes - 1));
+    document.Error(item, attribute,
+                   fmt::format("{} is cut to {} bytes", attribute, fieldBytes - 1));
+}
+
+void CheckScreenColor(const CheckedDocument& document, const pugi::xml_node& item,
+                      const std::set<std::string>& colors) {
+    const std::string name = item.attribute("ColorName").value();
+    if (colors.empty() || colors.contains(Folded(name))) return;
+    const std::vector<std::string_view> known(colors.begin(), colors.end());
+    document.Error(item, "ColorName",
+                   fmt::format("no colour of the models that lead to this file is named {}{}",
+                               Quoted(name), DidYouMean(name, known)));
 }
 
 void CheckShape(const CheckedDocument& document, const pugi::xml_node& item) {
@@ -208,7 +247,8 @@ void CheckDitherEntry(const CheckedDocument& document, const pugi::xml_node& ent
         document.Warning(noise, "Value", "the Value is no number: 1 is kept");
 }
 
-void CheckScreens(const CheckedDocument& document, const pugi::xml_node& colorMode) {
+void CheckScreens(const CheckedDocument& document, const pugi::xml_node& colorMode,
+                  const std::set<std::string>& colors) {
     int32_t count = 0;
     std::map<std::string, pugi::xml_node> met;
     ForEachElement(colorMode, [&](const pugi::xml_node& item, int32_t) {
@@ -229,6 +269,7 @@ void CheckScreens(const CheckedDocument& document, const pugi::xml_node& colorMo
                              fmt::format("line {} has a screen of that name",
                                          document.PositionOf(earlier->second).Line));
         CheckScreenName(document, item, "ColorName", sizeof ScreenEntry::ColorName);
+        CheckScreenColor(document, item, colors);
         CheckScreenName(document, item, "ShapeName", sizeof ScreenEntry::ShapeName);
         CheckScreenNumber(document, item, "Angle", false);
         CheckScreenNumber(document, item, "Frequency", true);

@@ -17,14 +17,14 @@ using Kind = ParameterFileUse::Kind;
 struct Level {
     const char* Element;
     const char* Message;  ///< of the driver when nothing serves
-    int32_t LevelCounts::*Count = nullptr;
+    int32_t ServedModels::*Count = nullptr;
 };
 
 constexpr Level kLevels[] = {
-    {"Media", "Getting media node fails", &LevelCounts::Media},
-    {"PrintMode", "Getting printmode node fails", &LevelCounts::PrintModes},
-    {"Resolution", "Getting resolution node fails", &LevelCounts::Resolutions},
-    {"ColorMode", "Getting colormode node fails", &LevelCounts::ColorModes},
+    {"Media", "Getting media node fails", &ServedModels::Media},
+    {"PrintMode", "Getting printmode node fails", &ServedModels::PrintModes},
+    {"Resolution", "Getting resolution node fails", &ServedModels::Resolutions},
+    {"ColorMode", "Getting colormode node fails", &ServedModels::ColorModes},
 };
 
 bool HoldsIgnoringCase(std::string_view text, std::string_view part) {
@@ -37,7 +37,7 @@ bool HoldsIgnoringCase(std::string_view text, std::string_view part) {
 void CheckRange(const CheckedDocument& document, const pugi::xml_node& element,
                 const ServedIDs& served, int32_t count) {
     for (const int32_t number : served.Numbers) {
-        if (number >= 0 && (number < count || count == LevelCounts::kAny)) continue;
+        if (number >= 0 && (number < count || count == ServedModels::kAny)) continue;
         document.Warning(
             element, "ID",
             fmt::format("nothing reaches {} {}: {}", element.name(), number,
@@ -46,7 +46,8 @@ void CheckRange(const CheckedDocument& document, const pugi::xml_node& element,
     }
 }
 
-void CheckLeaves(const CheckedDocument& document, const pugi::xml_node& colorMode, Kind leaves) {
+void CheckLeaves(const CheckedDocument& document, const pugi::xml_node& colorMode, Kind leaves,
+                 const ServedModels& served) {
     CheckChildNames(document, colorMode, {"DitherParams", "Item"});
     Siblings siblings(document);
     bool hasDither = false;
@@ -58,7 +59,7 @@ void CheckLeaves(const CheckedDocument& document, const pugi::xml_node& colorMod
         CheckDitherEntry(document, child, levelCounts);
     });
     const bool hasItems = static_cast<bool>(ChildElement(colorMode, "Item"));
-    if (hasItems) CheckScreens(document, colorMode);
+    if (hasItems) CheckScreens(document, colorMode, served.Colors);
     if (leaves == Kind::kDither && !hasDither)
         document.Error(colorMode,
                        "no element \"DitherParams\"; the driver shows \"Getting ditherparams node "
@@ -69,8 +70,8 @@ void CheckLeaves(const CheckedDocument& document, const pugi::xml_node& colorMod
 
 /// Goes down from `parent` through the levels from `index` on.
 void CheckLevel(const CheckedDocument& document, const pugi::xml_node& parent, std::size_t index,
-                Kind leaves, const LevelCounts& counts) {
-    if (index == std::size(kLevels)) return CheckLeaves(document, parent, leaves);
+                Kind leaves, const ServedModels& served) {
+    if (index == std::size(kLevels)) return CheckLeaves(document, parent, leaves, served);
     const Level& level = kLevels[index];
     CheckChildNames(document, parent, {level.Element});
     Siblings siblings(document);
@@ -79,10 +80,10 @@ void CheckLevel(const CheckedDocument& document, const pugi::xml_node& parent, s
         if (std::string_view(child.name()) != level.Element) return;
         isEmpty = false;
         document.CheckNames(child, {{}, {"ID"}, true, false});
-        const ServedIDs served = ReadIDs(document, child);
-        siblings.Add(child, served);
-        CheckRange(document, child, served, counts.*level.Count);
-        CheckLevel(document, child, index + 1, leaves, counts);
+        const ServedIDs identifiers = ReadIDs(document, child);
+        siblings.Add(child, identifiers);
+        CheckRange(document, child, identifiers, served.*level.Count);
+        CheckLevel(document, child, index + 1, leaves, served);
     });
     if (isEmpty)
         document.Error(parent, fmt::format("no element \"{}\"; the driver shows \"{}\"",
@@ -230,7 +231,7 @@ void Siblings::Add(const pugi::xml_node& element, const ServedIDs& served) {
 }
 
 void CheckPrinterHardware(const CheckedDocument& document, const pugi::xml_node& hardware,
-                          const ParameterFileUse& use, const LevelCounts& counts) {
+                          const ParameterFileUse& use, const ServedModels& served) {
     document.CheckNames(hardware, {{}, {}, true, false});
     CheckChildNames(document, hardware, {"Model"});
     Models models(document, use);
@@ -238,7 +239,7 @@ void CheckPrinterHardware(const CheckedDocument& document, const pugi::xml_node&
         if (std::string_view(model.name()) != "Model") return;
         document.CheckNames(model, {{}, {"ID"}, true, false});
         models.Add(model);
-        CheckLevel(document, model, 0, use.Leaves, counts);
+        CheckLevel(document, model, 0, use.Leaves, served);
     });
     models.Finish(hardware);
 }

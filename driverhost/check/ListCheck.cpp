@@ -81,8 +81,8 @@ std::string CheckItemName(const CheckedDocument& document, const pugi::xml_node&
         document.Warning(node, fmt::format("the blanks around the text belong to {}", name));
     }
     if (Utf8ToAnsi(text).size() > mostBytes) {
-        document.Warning(node, fmt::format("{} is longer than the {} bytes that the host sees",
-                                           name, mostBytes));
+        document.Error(node, fmt::format("{} is longer than the {} bytes that the host sees", name,
+                                         mostBytes));
     }
     return text;
 }

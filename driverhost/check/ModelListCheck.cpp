@@ -34,22 +34,21 @@ bool CheckEntryName(const CheckedDocument& document, const pugi::xml_node& entry
                     Earlier& earlier) {
     const std::string name = entry.attribute("Name").value();
     if (const pugi::xml_node* const taker = earlier.Taker(name)) {
-        document.Warning(
-            entry, "Name",
-            fmt::format("no model reaches this entry: the entry in line {} takes every "
-                        "model whose name contains {}",
-                        document.PositionOf(*taker).Line,
-                        Quoted(taker->attribute("Name").value())));
+        document.Error(entry, "Name",
+                       fmt::format("no model reaches this entry: the entry in line {} takes every "
+                                   "model whose name contains {}",
+                                   document.PositionOf(*taker).Line,
+                                   Quoted(taker->attribute("Name").value())));
         return false;
     }
     earlier.Add(name, entry);
     if (name.empty()) {
         document.Warning(entry, "the entry has no Name: it takes every model that comes this far");
     } else if (Utf8ToAnsi(name).size() > kMostModelNameBytes) {
-        document.Warning(entry, "Name",
-                         fmt::format("no model reaches this entry: names of models have at most {} "
-                                     "bytes",
-                                     kMostModelNameBytes));
+        document.Error(entry, "Name",
+                       fmt::format("no model reaches this entry: names of models have at most {} "
+                                   "bytes",
+                                   kMostModelNameBytes));
         return false;
     }
     return true;
@@ -72,18 +71,21 @@ void CheckEntryFile(CheckRun& run, const CheckedDocument& document, const pugi::
         AFilePath().Append("OutputDrivers").Append(file.substr(0, kMostFileNameCharacters));
     if (!FollowName(run, document, entry, "XMLFile", path)) return;
     if (run.Found.BeginFile(path.fullPath())) CheckDescription(run, path);
-    const auto rules = run.ModelsWithRules.find(path.fullPath());
-    if (!isReached || rules == run.ModelsWithRules.end()) return;
-    const std::vector<std::string>& models = rules->second;
+    const auto found = run.Rules.find(path.fullPath());
+    if (!isReached || found == run.Rules.end()) return;
+    const OutputRules& rules = found->second;
     const std::string name = entry.attribute("Name").value();
-    const bool hasRules = std::any_of(models.begin(), models.end(), [&](const std::string& model) {
-        return model.find(name) != std::string::npos;
-    });
+    const bool hasRules = std::any_of(
+        rules.Models.begin(), rules.Models.end(),
+        [&](const std::string& model) { return model.find(name) != std::string::npos; });
     if (hasRules) return;
-    document.Warning(entry,
-                     fmt::format("{} has no output rules for a model whose name contains {}; "
-                                 "the defaults are used",
-                                 Quoted(AnsiToUtf8(file)), Quoted(name)));
+    std::string text = fmt::format(
+        "{} has no output rules for a model whose name contains {}; the defaults are used",
+        Quoted(AnsiToUtf8(file)), Quoted(name));
+    if (rules.HasList)
+        document.Error(entry, std::move(text));
+    else
+        document.Warning(entry, std::move(text));
 }
 
 }  // namespace

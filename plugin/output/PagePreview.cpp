@@ -6,6 +6,7 @@
 
 #include "host/Text.h"
 #include "plugin/output/OutputNames.h"
+#include "plugin/output/PreviewLimits.h"
 #include "preview/BMP_Writer.h"
 #include "preview/PNG_Writer.h"
 
@@ -13,14 +14,7 @@ namespace {
 
 constexpr std::string_view kProcessInks[PreviewScaler::kPlanes] = {"Cyan", "Magenta", "Yellow",
                                                                    "Black"};
-// Beyond these a description is mistaken, and its preview would take the host's memory.
-constexpr int32_t kLongestSide = 20'000;
-constexpr int64_t kMostPixels = 16'000'000;
 constexpr const char* kNoMemory = "there is no memory for the preview";
-
-bool IsPreviewSide(int32_t side) {
-    return side >= 1 && side <= kLongestSide;
-}
 
 }  // namespace
 
@@ -49,12 +43,12 @@ void PagePreview::StartPage(const ModelOutputSettings& model, PreviewPage page,
                             const AString& path) {
     Discard();
     const bool bestFit = model.PreviewBestFit != 0;
-    const bool hasSides =
-        IsPreviewSide(model.PreviewSizeV) && (bestFit || IsPreviewSide(model.PreviewSizeH));
     failure_ = {};
     path_ = path;
-    if (!hasSides || page.sourceWidth < 1 || page.sourceRows < 1)
-        return Fail("there is no preview of the size that the model asks for");
+    if (!HasPreviewSides(model) || page.sourceWidth < 1 || page.sourceRows < 1) {
+        Fail("there is no preview of the size that the model asks for");
+        return;
+    }
     page_ = std::move(page);
     scaler_ = std::make_unique<PreviewScaler>();
     if (bestFit)
@@ -64,9 +58,10 @@ void PagePreview::StartPage(const ModelOutputSettings& model, PreviewPage page,
         scaler_->Init(model.PreviewSizeV, model.PreviewSizeH, page_.sourceWidth, page_.sourceRows,
                       page_.xResolution, page_.yResolution);
     const PreviewGeometry& geometry = scaler_->Geometry();
-    if (int64_t{geometry.previewWidth} * geometry.previewHeight > kMostPixels) {
+    if (!IsPreviewSize(geometry.previewWidth, geometry.previewHeight)) {
         Fail("there is no preview of the size that the model asks for");
-        return Discard();
+        Discard();
+        return;
     }
     if (model.PreviewType == "PNG")
         writer_ = std::make_unique<PNG_Writer>();
