@@ -9,7 +9,7 @@
 std::string JobFileBytes(const JobChoices& choices) {
     JobFileHeader header{};
     SetText(header.OriginalFileName, "artwork.pdf");
-    SetText(header.PrinterName, kModelName);
+    SetText(header.PrinterName, choices.PrinterName);
     header.XResolution = choices.XResolution;
     header.YResolution = choices.YResolution;
     header.XResolutionWhole = static_cast<int16_t>(std::clamp(choices.XResolution, 0.0F, 32767.0F));

@@ -21,6 +21,7 @@ struct JobChoices {
     float XResolution = 300;
     float YResolution = 600;
     DriverOptionBlock Options{};
+    const char* PrinterName = kModelName;
 };
 
 /// The 3940 bytes of a job file.

@@ -6,6 +6,8 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 // Visible, so that they stand in front of the C library's own.
 
 extern "C" __attribute__((visibility("default"))) int clock_gettime(clockid_t clock,
@@ -14,7 +16,7 @@ extern "C" __attribute__((visibility("default"))) int clock_gettime(clockid_t cl
     if ((clock != CLOCK_MONOTONIC && clock != CLOCK_MONOTONIC_COARSE) || clockStepMs == 0) {
         return static_cast<int>(syscall(SYS_clock_gettime, clock, time));
     }
-    const int64_t now = nowMs += clockStepMs;
+    const int64_t now = nowMs += std::max<int64_t>(clockStepMs, 0);
     *time = {now / 1000, now % 1000 * 1000000};
     return 0;
 }

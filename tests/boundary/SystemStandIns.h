@@ -6,7 +6,7 @@
 // Stand-ins for system calls of this process and every library that it loads.
 
 /// Not 0: the monotonic clock is a test's own, and every look at it finds it this much later than
-/// the look before, so that time slices end at known rows.
+/// the look before, so that time slices end at known rows; negative: it stands still.
 inline std::atomic<int64_t> clockStepMs = 0;
 /// Not negative: every file system has so many bytes free.
 inline std::atomic<int64_t> freeSpaceBytes = -1;
