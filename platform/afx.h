@@ -139,7 +139,7 @@ class CDialog {
     virtual BOOL OnInitDialog();
     virtual void OnOK();
     virtual void OnCancel();
-    /// A button's number stands in the low word of `wParam`. OK and Cancel have their handlers.
+    /// `wParam` is the number of a button. OK and Cancel have their handlers.
     virtual BOOL OnCommand(WPARAM wParam, LPARAM lParam);
 
     /// Null for a number that the template does not have.

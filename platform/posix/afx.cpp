@@ -5,7 +5,10 @@ namespace {
 /// The program's own state as far as a library knows it: no resources, no module object.
 AFX_MODULE_STATE programState;
 
-thread_local AFX_MODULE_STATE* currentState = nullptr;
+/// In the memory that every thread has from its start. In a library that is loaded later, other
+/// thread variables get theirs when a thread first touches them, which ends the process where there
+/// is none; the few bytes of this one fit into what the loader keeps ready for such libraries.
+[[gnu::tls_model("initial-exec")]] constinit thread_local AFX_MODULE_STATE* currentState = nullptr;
 
 }  // namespace
 

@@ -62,7 +62,11 @@ class CDialog::Surface final : public DialogSurface {
         return control != nullptr && control->IsWindowVisible() != FALSE;
     }
     std::vector<std::string> Items() override {
-        return list_.control_ == nullptr ? std::vector<std::string>() : list_.control_->items_;
+        try {
+            return list_.control_ == nullptr ? std::vector<std::string>() : list_.control_->items_;
+        } catch (...) {
+            return {};  // a window without its list is better than no host
+        }
     }
     int Selection() override { return list_.GetCurSel(); }
     void Select(int position) override { list_.SetCurSel(position); }
@@ -107,11 +111,9 @@ void CDialog::OnCancel() {
 }
 
 BOOL CDialog::OnCommand(WPARAM wParam, LPARAM /*lParam*/) {
-    constexpr WPARAM kLowWord = 0xFFFF;
-    const int id = static_cast<int>(wParam & kLowWord);
-    if (id == IDOK) OnOK();
-    if (id == IDCANCEL) OnCancel();
-    return id == IDOK || id == IDCANCEL ? TRUE : FALSE;
+    if (wParam == IDOK) OnOK();
+    if (wParam == IDCANCEL) OnCancel();
+    return wParam == IDOK || wParam == IDCANCEL ? TRUE : FALSE;
 }
 
 void CDialog::DoDataExchange(CDataExchange* /*exchange*/) {}

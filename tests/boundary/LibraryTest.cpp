@@ -9,6 +9,13 @@ TEST(LibraryTest, ExportsExactlyTwoPlainFunctions) {
               "T createDriverPage\nT createNewPrinterDriver\n");
 }
 
+// Thread variables that get their memory late end the host where there is none.
+TEST(LibraryTest, HasItsThreadVariablesFromTheStart) {
+    EXPECT_EQ(
+        PrintedBy("nm -D --undefined-only '" OUTPUT_DRIVER_LIBRARY "' | grep -c __tls_get_addr"),
+        "0\n");
+}
+
 TEST(LibraryTest, DriversAreIndependentAndTheLibraryLoadsAgain) {
     const BaseFolder folder;
     for (int round = 0; round < 3; ++round) {

@@ -207,6 +207,8 @@ TEST_F(OptionsDialogTest, Page) {
     EXPECT_EQ(Stored(), "1");
     // The defaults: a new file, and the model's default on show.
     const std::string earlier = block.FileName;
+    EXPECT_EQ(page.Call(kOnCommand, 0x10000 + kRestore), 1) << "the number of no button";
+    EXPECT_EQ(block.FileName, earlier);
     EXPECT_EQ(page.Call(kOnCommand, kRestore), 1);
     EXPECT_NE(block.FileName, earlier);
     EXPECT_EQ(page.Call(kSelection), 1);
