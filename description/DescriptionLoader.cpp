@@ -5,6 +5,8 @@
 
 #include "description/DescriptionNodes.h"
 #include "host/Records.h"
+#include "host/Text.h"
+#include "platform/CodePage.h"
 #include "ui/messages/StringTable.h"
 
 namespace {
@@ -150,8 +152,9 @@ std::optional<AString> FindModelDescriptionFile(const AXMLTree& models, const AS
     models.getRootNode(root);
     std::optional<AString> fileName;
     VisitChildren(models, root, [&](const AXMLTreeNode& entry, int32_t) {
-        if (modelName.find(models.getAttribute(entry, "Name")) == AString::npos) return true;
-        fileName = models.getAttribute(entry, "XMLFile").substr(0, kMostFileNameCharacters);
+        if (FindText(modelName, models.getAttribute(entry, "Name")) == AString::npos) return true;
+        const AString file = models.getAttribute(entry, "XMLFile");
+        fileName = WholeCharacters(file, kMostFileNameCharacters);
         return false;
     });
     return fileName;

@@ -15,7 +15,6 @@
 #include "host/Numbers.h"
 #include "host/QL_LOG.h"
 #include "host/Text.h"
-#include "platform/PathRules.h"
 
 namespace {
 
@@ -35,10 +34,10 @@ AFilePath OptionsPath(std::string_view folder, std::string_view name) {
 /// lead out of the options folders.
 std::optional<std::string_view> OptionsName(const DriverOptionBlock& block) {
     const std::string_view name = FieldText(block.FileName, kMostNameCharacters);
-    if (name.find(kNamePrefix) == std::string_view::npos) return std::nullopt;
-    for (const char character : name) {
-        if (IsPathSeparator(character)) return std::nullopt;
-    }
+    constexpr std::size_t kNone = std::string_view::npos;
+    if (FindText(name, kNamePrefix) == kNone) return std::nullopt;
+    if (FindCharacter(name, '/') != kNone || FindCharacter(name, '\\') != kNone)
+        return std::nullopt;
     if (!OptionsPath(kNewFileFolder, name).isValid()) return std::nullopt;  // a drive
     return name;
 }
@@ -230,10 +229,14 @@ bool DriverOptionsEdit::NamesAnother() const {
 
 bool DecodeDriverOptionsText(const char* text, DriverOptionBlock& block) {
     constexpr std::size_t kByteCount = 200;  // the host's text form carries no more
-    const char* const keyword = text == nullptr ? nullptr : std::strstr(text, "DriverOptionBinary");
-    const char* const equals = keyword == nullptr ? nullptr : std::strchr(keyword, '=');
-    if (equals == nullptr) return false;
-    const std::string_view digits = FieldText(equals + 1, 2 * kByteCount);
+    constexpr std::size_t kNone = std::string_view::npos;
+    std::string_view rest = text == nullptr ? "" : text;
+    const std::size_t keyword = FindText(rest, "DriverOptionBinary");
+    if (keyword == kNone) return false;
+    rest = rest.substr(keyword);
+    const std::size_t equals = FindCharacter(rest, '=');
+    if (equals == kNone) return false;
+    const std::string_view digits = rest.substr(equals + 1, 2 * kByteCount);
     uint8_t bytes[kByteCount] = {};
     for (std::size_t index = 0; 2 * index < digits.size(); ++index) {
         bytes[index] = HexByte(digits.substr(2 * index, 2));

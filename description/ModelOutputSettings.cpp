@@ -206,7 +206,7 @@ void ReadWhiteOffer(std::string_view offer, ModelOutputSettings& output) {
 std::string_view SplitAtSeparator(std::string_view text, std::string_view separators,
                                   std::string_view& head) {
     for (const char separator : separators) {
-        const std::size_t at = text.find(separator);
+        const std::size_t at = FindCharacter(text, separator);
         if (at == std::string_view::npos) continue;
         head = text.substr(0, at);
         return text.substr(at + 1);

@@ -81,9 +81,9 @@ std::optional<AXMLTreeNode> FindColorModeNode(const AXMLTree& document,
         return std::nullopt;
     }
     const std::string_view modelName = FieldText(settings.ModelName, sizeof settings.ModelName);
-    std::optional<AXMLTreeNode> node =
-        FindServingChild(document, hardware, "Model",
-                         [&](const AString& id) { return id.find(modelName) != AString::npos; });
+    std::optional<AXMLTreeNode> node = FindServingChild(
+        document, hardware, "Model",
+        [&](const AString& id) { return FindText(id, modelName) != AString::npos; });
     if (node) Note(document, *node, reading);
     for (const Level& level : levels) {
         // Without a model there is nothing below it, and the first level says so.

@@ -82,7 +82,7 @@ bool HalftoneFiles::HasPrinterHardware(const AFilePath& file) {
 }
 
 const AXMLTree* HalftoneFiles::LoadParameterFile(const AFilePath& path) {
-    const bool isPlain = path.fullPath().find(listFileName_) != AString::npos;
+    const bool isPlain = FindText(path.fullPath(), listFileName_) != AString::npos;
     return isPlain ? LoadPlain(path) : LoadEncoded(path);
 }
 

@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <vector>
 
+#include "host/Text.h"
+#include "platform/CodePage.h"
 #include "platform/PathRules.h"
 #include "platform/win32.h"
 
@@ -20,7 +22,7 @@ std::vector<std::string_view> Components(std::string_view text) {
     while (start < text.size()) {
         std::size_t end = start;
         while (end < text.size() && !IsPathSeparator(text[end]))
-            ++end;
+            end += CharacterBytes(text.substr(end));
         if (end > start) components.push_back(text.substr(start, end - start));
         start = end + 1;
     }
@@ -46,14 +48,21 @@ bool ResolveName(std::string_view name, std::vector<std::string_view>& resolved)
 /// Separators unified, repeated ones folded, none at the end but for a root.
 AString Normalize(std::string_view text) {
     AString path;
-    for (const char character : text) {
-        const bool separator = IsPathSeparator(character);
-        // Two leading separators name a server where paths have drives; folding starts behind.
-        const std::size_t folded = kPathSeparator == '\\' ? 1 : 0;
-        if (separator && path.size() > folded && path.back() == kPathSeparator) continue;
-        path += separator ? kPathSeparator : character;
+    // Two leading separators name a server where paths have drives; folding starts behind.
+    const std::size_t folded = kPathSeparator == '\\' ? 1 : 0;
+    bool endsWithSeparator = false;
+    while (!text.empty()) {
+        const std::string_view character = text.substr(0, CharacterBytes(text));
+        text.remove_prefix(character.size());
+        const bool separator = IsPathSeparator(character[0]);
+        if (separator && endsWithSeparator && path.size() > folded) continue;
+        endsWithSeparator = separator;
+        if (separator)
+            path += kPathSeparator;
+        else
+            path += character;
     }
-    if (path.size() > 1 && path.back() == kPathSeparator) path.pop_back();
+    if (path.size() > 1 && endsWithSeparator) path.pop_back();
     return path.empty() ? AString(".") : path;
 }
 
@@ -75,7 +84,8 @@ AFilePath& AFilePath::Append(std::string_view name) {
         return *this;
     }
     for (const std::string_view component : components) {
-        if (path_.back() != kPathSeparator) path_ += kPathSeparator;
+        const bool isRoot = FindLastCharacter(path_, kPathSeparator) == path_.size() - 1;
+        if (!isRoot) path_ += kPathSeparator;
         path_ += component;
     }
     return *this;
@@ -91,7 +101,7 @@ Existence AFilePath::LookFor(int* systemError) const {
 }
 
 AString AFilePath::folderPart() const {
-    const std::size_t last = path_.find_last_of(kPathSeparator);
+    const std::size_t last = FindLastCharacter(path_, kPathSeparator);
     return last == AString::npos ? AString() : path_.substr(0, last + 1);
 }
 

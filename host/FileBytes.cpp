@@ -8,6 +8,7 @@
 #include <system_error>
 #include <vector>
 
+#include "platform/CodePage.h"
 #include "platform/Folder.h"
 #include "platform/NewFile.h"
 #include "platform/Process.h"
@@ -84,7 +85,7 @@ class UnfinishedFile {
 
     std::string Name(std::string_view ending) const {
         const std::size_t room = mostBytes_ > ending.size() ? mostBytes_ - ending.size() : 0;
-        return std::string(name_.substr(0, room)).append(ending);
+        return std::string(WholeCharacters(name_, room)).append(ending);
     }
 
     bool IsLeftover(std::string_view entry) const {

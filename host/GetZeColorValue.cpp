@@ -2,6 +2,9 @@
 
 #include <string>
 
+#include "host/Text.h"
+#include "platform/CodePage.h"
+
 namespace {
 
 struct InkColor {
@@ -41,18 +44,13 @@ constexpr InkColor kInkColors[] = {
     {"primer", 0xE0E8E8},
 };
 
-char LowerAscii(char character) {
-    const bool upper = character >= 'A' && character <= 'Z';
-    return upper ? static_cast<char>(character - 'A' + 'a') : character;
-}
-
-/// The name as the table spells it.
+/// The name, in lower case, as the table spells it.
 std::string TableName(std::string_view name) {
     std::string plain;
-    for (const char character : name) {
-        if (character != ' ' && character != '-' && character != '_') {
-            plain += LowerAscii(character);
-        }
+    while (!name.empty()) {
+        const std::string_view character = name.substr(0, CharacterBytes(name));
+        name.remove_prefix(character.size());
+        if (character != " " && character != "-" && character != "_") plain += character;
     }
     return plain;
 }
@@ -60,18 +58,18 @@ std::string TableName(std::string_view name) {
 /// FNV-1a over the lower-cased name, folded to 24 bits: the same on every system and run.
 uint32_t ColorFromName(std::string_view name) {
     uint32_t hash = 2166136261U;
-    for (const char character : name) {
-        hash = (hash ^ static_cast<unsigned char>(LowerAscii(character))) * 16777619U;
-    }
+    for (const char character : name)
+        hash = (hash ^ static_cast<unsigned char>(character)) * 16777619U;
     return (hash ^ (hash >> 24)) & 0xFFFFFF;
 }
 
 }  // namespace
 
 uint32_t GetZeColorValue(std::string_view name) {
-    const std::string plain = TableName(name);
+    const AString lower = LowerCase(name);
+    const std::string plain = TableName(lower);
     for (const InkColor& ink : kInkColors) {
         if (ink.name == plain) return ink.color;
     }
-    return ColorFromName(name);
+    return ColorFromName(lower);
 }

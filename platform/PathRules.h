@@ -11,7 +11,8 @@ inline constexpr char kLibraryPrefix[] = "lib";
 inline constexpr char kLibrarySuffix[] = ".so";
 #endif
 
-/// Both separators part a path into components, on every system.
+/// Both separators part a path into components, on every system. `character` is one: a byte inside
+/// a longer character is not asked (see platform/CodePage.h).
 inline constexpr bool IsPathSeparator(char character) {
     return character == '/' || character == '\\';
 }

@@ -2,7 +2,9 @@
 
 // The few calls of the operating system that the plug-in makes, under the names that they carry
 // on Windows. There the platform's own header declares them; elsewhere the folder of that system
-// (posix/) implements the declarations below. Paths take '\' as '/' on POSIX.
+// (posix/) implements the declarations below. Paths are in the code page and take '\' as '/' on
+// POSIX; one that is longer than the system's is refused. What closes or removes a file, or looks
+// at one, allocates nothing.
 
 #ifdef _WIN32
 
@@ -60,7 +62,7 @@ inline constexpr int SW_SHOW = 5;
 /// All bits set: a closed or refused file handle.
 #define INVALID_HANDLE_VALUE (reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(-1)))
 
-/// The calling thread's last error: an errno value on POSIX, 0 for none.
+/// The calling thread's last error: errno on POSIX, so the next call of any kind may change it.
 DWORD GetLastError();
 void SetLastError(DWORD error);
 

@@ -8,6 +8,8 @@
 #include <string>
 
 #include "TestFolder.h"
+#include "host/FileBytes.h"
+#include "platform/win32.h"
 
 namespace {
 
@@ -48,6 +50,42 @@ TEST(AFilePath, TakesPathsAsTheHostGivesThem) {
     EXPECT_EQ(AFilePath().Append("x").fullPath(), "./x");
     unsetenv("QL_BASE_FOLDER");
     EXPECT_TRUE(AFilePath().exists()) << "the current folder";
+}
+
+// Here the second byte of a character is a separator's; the system gets the bytes as they stand.
+TEST(AFilePath, PartsCharactersOfTheCodePage) {
+    const TestFolder folder;
+    setenv("QL_CODE_PAGE", "CP932", 1);
+    const AFilePath path = folder.Path("\x95\\");
+    ASSERT_NE(CreateDirectoryA((folder.Name("\x95\\") + "\\").c_str(), nullptr), 0);
+    EXPECT_TRUE(path.exists());
+    EXPECT_EQ(AFilePath(path).Append("\x83\\\\b\x95\\").fullPath(),
+              folder.Name("\x95\\/\x83\\/b\x95\\"));
+    EXPECT_EQ(AFilePath("\x95\\a\\b").folderPart(), "\x95\\a/");
+    EXPECT_TRUE(AFilePath("x").Append("\x83\\..").isValid());
+    EXPECT_TRUE(ReplaceFileBytes(AFilePath(path).Append("\x83\\"), "new"));
+    EXPECT_EQ(folder.Read("\x95\\/\x83\\"), "new");
+    EXPECT_NE(DeleteFileA((folder.Name("\x95\\") + "\\\x83\\").c_str()), 0);
+    unsetenv("QL_CODE_PAGE");
+    EXPECT_FALSE(path.exists()) << "a separator, where it is no byte of a character";
+}
+
+TEST(NativePath, ThatIsTooLongIsRefused) {
+    const TestFolder folder;
+    std::string deep = folder.Name("");
+    while (deep.size() < 5000)
+        deep += "./";
+    for (const std::size_t size : {std::size_t{4095}, std::size_t{4096}, deep.size()}) {
+        EXPECT_EQ(GetFileAttributesA(deep.substr(0, size).c_str()) != INVALID_FILE_ATTRIBUTES,
+                  size < 4096);
+        if (size < 4096) continue;
+        EXPECT_EQ(GetLastError(), DWORD{ENAMETOOLONG});
+        EXPECT_EQ(DeleteFileA(deep.c_str()) + CreateDirectoryA(deep.c_str(), nullptr) +
+                      CopyFileA(deep.c_str(), "x", 0),
+                  0);
+        EXPECT_EQ(CreateFileA(deep.c_str(), GENERIC_READ, 0, nullptr, OPEN_ALWAYS, 0, nullptr),
+                  INVALID_HANDLE_VALUE);
+    }
 }
 
 // Missing is what the system says is missing, and nothing else.

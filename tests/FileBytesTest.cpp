@@ -58,10 +58,12 @@ TEST(ReplaceFileBytes, RemovesWhatIsLeftOfTheFile) {
     const pid_t ended = EndedProcess();
     const std::string own = fmt::format(".{}.{}.tmp", getpid(), writer.Number());
     for (const std::string& name :
-         {std::string("a.5"), std::string(255, 'n'), "\xC3\xA4" + std::string(250, 'n')}) {
-        // A name's beginning as far as it fits with what stands behind it.
+         {std::string("a.5"), std::string(255, 'n'), fmt::format("x{:\xC3\xA4>127}", "")}) {
+        // A name's beginning, of whole characters, as far as it fits with what stands behind it.
         const auto with = [&](const std::string& ending) {
-            return name.substr(0, 255 - ending.size()) + ending;
+            std::size_t room = std::min(255 - ending.size(), name.size());
+            if (name.size() > room && name[room] == '\xA4') --room;
+            return name.substr(0, room) + ending;
         };
         for (const std::string& ending :
              {fmt::format(".{}.7.tmp", ended), fmt::format(".{}.0.tmp", ended), own})

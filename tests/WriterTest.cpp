@@ -199,6 +199,12 @@ TEST_F(WriterTest, FileClassAnswersAsTabled) {
     EXPECT_STREQ(text, "");
     EXPECT_EQ(file.Open(std::string(512, 'p').c_str(), 1), 0);
     EXPECT_EQ(file.Open(folder_.Name("").c_str(), 0), 0);
+
+    setenv("QL_CODE_PAGE", "CP932", 1);  // no separator here
+    EXPECT_EQ(file.Open(folder_.Name("\x95\\x").c_str(), 1), 1);
+    EXPECT_EQ(file.GetFileName(text), 1);
+    EXPECT_EQ(text, folder_.Name("\x95\\x"));
+    unsetenv("QL_CODE_PAGE");
 }
 
 }  // namespace

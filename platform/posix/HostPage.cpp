@@ -1,9 +1,11 @@
 #include "platform/HostPage.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <string>
+#include <string_view>
 
+#include "platform/CodePage.h"
 #include "platform/afx.h"
 
 namespace {
@@ -46,7 +48,7 @@ class HostPage {
     }
     virtual int32_t OnCommand(int32_t id) {
         return AnswerOr(0, [&] {
-            page_->OnCommand(static_cast<WPARAM>(static_cast<uint32_t>(id) & 0xFFFF), 0);
+            page_->OnCommand(static_cast<WPARAM>(static_cast<uint32_t>(id)), 0);
             return 1;
         });
     }
@@ -62,7 +64,8 @@ class HostPage {
         return AnswerOr(0, [&] {
             const std::string text = page_->DropDownList().GetText(position);
             std::memset(name, 0, kNameBytes);
-            std::memcpy(name, text.data(), std::min(text.size(), kNameBytes - 1));
+            const std::string_view shown = WholeCharacters(text, kNameBytes - 1);
+            std::memcpy(name, shown.data(), shown.size());
             return 1;
         });
     }

@@ -8,12 +8,14 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <string>
+#include <string_view>
 #include <vector>
 
+#include "platform/CodePage.h"
 #include "platform/afx.h"
 #include "platform/posix/Descriptor.h"
 
@@ -21,18 +23,39 @@ static_assert(ERROR_FILE_NOT_FOUND == ENOENT && ERROR_PATH_NOT_FOUND == ENOTDIR)
 
 namespace {
 
-thread_local DWORD lastError = ERROR_SUCCESS;
-
-BOOL Fail() {
-    lastError = static_cast<DWORD>(errno);
+BOOL Fail(int error) {
+    errno = error;
     return FALSE;
 }
 
-std::string NativePath(const char* path) {
-    std::string native = path == nullptr ? "" : path;
-    std::replace(native.begin(), native.end(), '\\', '/');
-    return native;
-}
+/// A path as the system takes it, put together without an allocation: files are removed where
+/// memory is gone, too.
+class NativePath {
+  public:
+    explicit NativePath(const char* path) {
+        std::string_view rest = path == nullptr ? "" : path;
+        fits_ = rest.size() < sizeof text_;
+        std::size_t at = 0;
+        while (fits_ && !rest.empty()) {
+            const std::size_t bytes = CharacterBytes(rest);
+            std::memcpy(text_ + at, rest.data(), bytes);
+            if (text_[at] == '\\') text_[at] = '/';
+            at += bytes;
+            rest.remove_prefix(bytes);
+        }
+        text_[at] = '\0';
+    }
+    /// Null, with the system's error set, when it is longer than the system takes.
+    const char* Get() const {
+        if (fits_) return text_;
+        errno = ENAMETOOLONG;
+        return nullptr;
+    }
+
+  private:
+    char text_[PATH_MAX];
+    bool fits_;
+};
 
 int Descriptor(HANDLE file) {
     return static_cast<int>(reinterpret_cast<std::intptr_t>(file));
@@ -55,22 +78,26 @@ bool CopyBytes(int from, int to) {
 
 }  // namespace
 
+// The C library keeps a number for each thread already. One of our own would need memory when a
+// thread first touches it, and end the process where there is none.
+
 DWORD GetLastError() {
-    return lastError;
+    return static_cast<DWORD>(errno);
 }
 
 void SetLastError(DWORD error) {
-    lastError = error;
+    errno = static_cast<int>(error);
 }
 
 HANDLE CreateFileA(const char* path, DWORD access, DWORD /*share*/, void* /*security*/,
                    DWORD /*disposition*/, DWORD /*flags*/, HANDLE /*templateFile*/) {
-    const std::string native = NativePath(path);
+    const NativePath native(path);
+    if (native.Get() == nullptr) return INVALID_HANDLE_VALUE;
     const bool reads = (access & GENERIC_READ) != 0;
     const bool writes = (access & GENERIC_WRITE) != 0;
     const int rights = writes ? (reads ? O_RDWR : O_WRONLY) : O_RDONLY;
     // O_NONBLOCK: opening a pipe that nobody writes to must not hang the host.
-    int descriptor = open(native.c_str(), rights | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666);
+    int descriptor = open(native.Get(), rights | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666);
     if (descriptor >= 0 && IsFolder(descriptor)) {
         close(descriptor);
         descriptor = -1;
@@ -79,12 +106,9 @@ HANDLE CreateFileA(const char* path, DWORD access, DWORD /*share*/, void* /*secu
     if (descriptor >= 0 && !reads && !writes) {
         // No access rights: the file exists now, and only its name is held.
         close(descriptor);
-        descriptor = open(native.c_str(), O_PATH | O_CLOEXEC);
+        descriptor = open(native.Get(), O_PATH | O_CLOEXEC);
     }
-    if (descriptor < 0) {
-        Fail();
-        return INVALID_HANDLE_VALUE;
-    }
+    if (descriptor < 0) return INVALID_HANDLE_VALUE;
     return reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(descriptor));
 }
 
@@ -94,7 +118,7 @@ BOOL ReadFile(HANDLE file, void* buffer, DWORD count, DWORD* done, void* /*overl
         const ssize_t got =
             read(Descriptor(file), static_cast<char*>(buffer) + *done, count - *done);
         if (got < 0 && errno == EINTR) continue;
-        if (got < 0) return Fail();
+        if (got < 0) return FALSE;
         if (got == 0) break;
         *done += static_cast<DWORD>(got);
     }
@@ -107,7 +131,7 @@ BOOL WriteFile(HANDLE file, const void* data, DWORD count, DWORD* done, void* /*
         const ssize_t written =
             write(Descriptor(file), static_cast<const char*>(data) + *done, count - *done);
         if (written < 0 && errno == EINTR) continue;
-        if (written < 0) return Fail();
+        if (written < 0) return FALSE;
         *done += static_cast<DWORD>(written);
     }
     return TRUE;
@@ -123,46 +147,44 @@ DWORD SetFilePointer(HANDLE file, LONG low, LONG* high, DWORD origin) {
                        : origin == FILE_CURRENT ? SEEK_CUR
                                                 : SEEK_END;
     const off_t position = lseek(Descriptor(file), distance, whence);
-    if (position < 0) {
-        Fail();
-        return INVALID_SET_FILE_POINTER;
-    }
-    lastError = ERROR_SUCCESS;
+    if (position < 0) return INVALID_SET_FILE_POINTER;
+    errno = 0;
     if (high != nullptr) *high = static_cast<LONG>(position >> 32);
     return static_cast<DWORD>(position);
 }
 
 BOOL SetEndOfFile(HANDLE file) {
     const off_t position = lseek(Descriptor(file), 0, SEEK_CUR);
-    if (position < 0 || ftruncate(Descriptor(file), position) != 0) return Fail();
+    if (position < 0 || ftruncate(Descriptor(file), position) != 0) return FALSE;
     return TRUE;
 }
 
 BOOL CloseHandle(HANDLE file) {
-    return close(Descriptor(file)) == 0 ? TRUE : Fail();
+    return close(Descriptor(file)) == 0 ? TRUE : FALSE;
 }
 
 BOOL DeleteFileA(const char* path) {
-    return unlink(NativePath(path).c_str()) == 0 ? TRUE : Fail();
+    const NativePath native(path);
+    return native.Get() != nullptr && unlink(native.Get()) == 0 ? TRUE : FALSE;
 }
 
 BOOL CreateDirectoryA(const char* path, void* /*security*/) {
-    return mkdir(NativePath(path).c_str(), 0777) == 0 ? TRUE : Fail();
+    const NativePath native(path);
+    return native.Get() != nullptr && mkdir(native.Get(), 0777) == 0 ? TRUE : FALSE;
 }
 
 DWORD GetFileAttributesA(const char* path) {
+    const NativePath native(path);
     struct stat status = {};
-    if (stat(NativePath(path).c_str(), &status) != 0) {
-        Fail();
-        return INVALID_FILE_ATTRIBUTES;
-    }
+    if (native.Get() == nullptr || stat(native.Get(), &status) != 0) return INVALID_FILE_ATTRIBUTES;
     return S_ISDIR(status.st_mode) ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_NORMAL;
 }
 
 BOOL GetDiskFreeSpaceExA(const char* path, ULARGE_INTEGER* freeToCaller, ULARGE_INTEGER* total,
                          ULARGE_INTEGER* free) {
+    const NativePath native(path);
     struct statvfs volume = {};
-    if (statvfs(NativePath(path).c_str(), &volume) != 0) return Fail();
+    if (native.Get() == nullptr || statvfs(native.Get(), &volume) != 0) return FALSE;
     const auto unit = static_cast<std::uint64_t>(volume.f_frsize);
     if (freeToCaller != nullptr) freeToCaller->QuadPart = volume.f_bavail * unit;
     if (total != nullptr) total->QuadPart = volume.f_blocks * unit;
@@ -171,26 +193,22 @@ BOOL GetDiskFreeSpaceExA(const char* path, ULARGE_INTEGER* freeToCaller, ULARGE_
 }
 
 BOOL CopyFileA(const char* from, const char* to, BOOL failIfExists) {
-    const ScopedDescriptor source(
-        open(NativePath(from).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    const NativePath origin(from);
+    const NativePath target(to);
+    if (origin.Get() == nullptr || target.Get() == nullptr) return FALSE;
+    const ScopedDescriptor source(open(origin.Get(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat sourceStatus = {};
-    if (source.Get() < 0 || fstat(source.Get(), &sourceStatus) != 0) return Fail();
-    if (!S_ISREG(sourceStatus.st_mode)) {
-        errno = EINVAL;
-        return Fail();
-    }
-    const std::string target = NativePath(to);
+    if (source.Get() < 0 || fstat(source.Get(), &sourceStatus) != 0) return FALSE;
+    if (!S_ISREG(sourceStatus.st_mode)) return Fail(EINVAL);
     struct stat targetStatus = {};
-    if (stat(target.c_str(), &targetStatus) == 0 && targetStatus.st_dev == sourceStatus.st_dev &&
-        targetStatus.st_ino == sourceStatus.st_ino) {
-        errno = EBUSY;
-        return Fail();
-    }
+    if (stat(target.Get(), &targetStatus) == 0 && targetStatus.st_dev == sourceStatus.st_dev &&
+        targetStatus.st_ino == sourceStatus.st_ino)
+        return Fail(EBUSY);
     const int creation = failIfExists != FALSE ? O_EXCL : O_TRUNC;
     ScopedDescriptor copy(
-        open(target.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | creation, 0666));
-    if (copy.Get() < 0 || !CopyBytes(source.Get(), copy.Get())) return Fail();
-    return copy.Close() ? TRUE : Fail();
+        open(target.Get(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | creation, 0666));
+    if (copy.Get() < 0) return FALSE;
+    return CopyBytes(source.Get(), copy.Get()) && copy.Close() ? TRUE : FALSE;
 }
 
 DWORD GetTickCount() {
@@ -232,7 +250,8 @@ int LoadStringA(HINSTANCE module, UINT id, char* buffer, int size) {
 }
 
 HMODULE LoadLibraryA(const char* path) {
-    return dlopen(NativePath(path).c_str(), RTLD_NOW | RTLD_LOCAL);
+    const NativePath native(path);
+    return native.Get() == nullptr ? nullptr : dlopen(native.Get(), RTLD_NOW | RTLD_LOCAL);
 }
 
 FARPROC GetProcAddress(HMODULE library, const char* name) {

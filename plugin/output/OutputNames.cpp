@@ -8,6 +8,8 @@
 
 #include "plugin/output/WhiteInk.h"
 
+#include "host/Text.h"
+
 namespace {
 
 constexpr std::string_view kJobNamePlace = "filename";
@@ -39,7 +41,8 @@ void JoinDottedParts(AString& name) {
 
 AString MakeJobName(const AString& sourceName) {
     AString name = sourceName;
-    const std::size_t colon = name.find(':');
+    // The other signs here are never bytes inside another character, in no code page.
+    const std::size_t colon = FindCharacter(name, ':');
     if (colon != AString::npos) name.erase(0, colon + 1);
     RemoveBracketedParts(name);
     const std::size_t extension = name.rfind('.');
@@ -52,7 +55,7 @@ AString MakeJobName(const AString& sourceName) {
 
 AString SubstituteJobName(const AString& pattern, const AString& jobName) {
     AString name = pattern;
-    const std::size_t place = name.find(kJobNamePlace);
+    const std::size_t place = FindText(name, kJobNamePlace);
     if (place != AString::npos) name.replace(place, kJobNamePlace.size(), jobName);
     return name;
 }

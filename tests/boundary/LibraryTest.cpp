@@ -12,8 +12,8 @@ TEST(LibraryTest, ExportsExactlyTwoPlainFunctions) {
 // Thread variables that get their memory late end the host where there is none.
 TEST(LibraryTest, HasItsThreadVariablesFromTheStart) {
     EXPECT_EQ(
-        PrintedBy("nm -D --undefined-only '" OUTPUT_DRIVER_LIBRARY "' | grep -c __tls_get_addr"),
-        "0\n");
+        PrintedBy("nm -D --undefined-only '" OUTPUT_DRIVER_LIBRARY "' | sed -n /__tls_get_addr/p"),
+        "");
 }
 
 TEST(LibraryTest, DriversAreIndependentAndTheLibraryLoadsAgain) {

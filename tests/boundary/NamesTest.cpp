@@ -128,6 +128,36 @@ TEST_F(NamesTest, NamesThatLeaveTheFolder) {
     EXPECT_FALSE(std::filesystem::exists("/rooted.raw"));
 }
 
+// Bytes inside characters that look like separators and letters. The description is in UTF-8: these
+// are the texts "ソ", "デilename_filename.raw" and "表" of the code page.
+TEST_F(NamesTest, InADoubleByteCodePage) {
+    setenv("QL_CODE_PAGE", "CP932", 1);
+    Model model = NumberedModel(2, "");
+    model.Colours[0].ChannelName = "\xE3\x83\x87ilename_filename.raw";
+    model.Colours[1].ChannelName = "\xE8\xA1\xA8";
+    Install(Describe(model));
+    WriteText(folder.Base() / "OutputDrivers/ZeComFile.xml",
+              "<Models><M Name='ABC' XMLFile='none.xml'/><M XMLFile='model.xml'/></Models>");
+    std::filesystem::create_directory(folder.Out() / "\x95\\");
+    Job job = MakeJob({page});
+    SetText(job.Status.JobFilePath, JobFile());
+    EXPECT_EQ(job.Open(), 1);
+    EXPECT_EQ(job.Port(folder.Out().string() + "\\\x95\\", "C:\x83\\.ps"), 1);
+    EXPECT_TRUE(IsPrinted(job.Run()));
+    EXPECT_EQ(Listing(folder.Out()), (Texts{"\x95\\/", "\x95\\/\x83\\/",
+                                            "\x95\\/\x83\\/\x83"
+                                            "filename_\x83\\.raw",
+                                            "\x95\\/\x83\\/\x95\\"}));
+    char name[256];
+    int32_t allowed = 0;
+    PrintSettings settings = Settings(
+        "\x83"
+        "ABC");  // holds no "ABC"
+    driver->Call(kIsColorModeAllowed, 0, &allowed, name, &settings);
+    EXPECT_TRUE(folder.Messages().empty());
+    unsetenv("QL_CODE_PAGE");
+}
+
 TEST_F(NamesTest, PortsThatAreNotServed) {
     Install(2, "");
     for (const int32_t port : {0, 255, 257, -1}) {

@@ -52,6 +52,7 @@ TEST_F(TicketTest, Keywords) {
 
 // A text that is put in can hold a keyword that is looked for later; names come as UTF-8.
 TEST_F(TicketTest, NamesAsUtf8) {
+    const std::string longName(254, 'n');
     const struct {
         const char* codePage;
         std::string name;
@@ -60,6 +61,11 @@ TEST_F(TicketTest, NamesAsUtf8) {
         {"CP1252", "caf\xE9 QL_TILES.pdf", "caf\xC3\xA9 .pdf"},
         {"", "caf\xC3\xA9.pdf", "caf\xC3\xA9.pdf"},
         {"", "caf\xE9.pdf", ""},  // no text of this code page
+        {"", "caf\xE9", ""},
+        // What the field cuts within a character.
+        {"", longName + "\xC3", longName},
+        {"", longName + "x\xC3", longName + "x"},
+        {"CP932", longName + "x\x95", longName + "x"},
     };
     WriteText(Template(), "[QL_ORIGINALFILE]");
     for (const auto& [codePage, name, written] : cases) {

@@ -34,9 +34,9 @@ void CopyHeader(const JobFileHeader& header, JobContext& job) {
     job.ColorModeIndex = header.ColorModeIndex;
     job.Options = header.Options;
     CopyText(job.PrinterName, sizeof job.PrinterName,
-             FieldText(header.PrinterName, sizeof header.PrinterName));
+             WholeFieldText(header.PrinterName, sizeof header.PrinterName));
     CopyText(job.OriginalFileName, sizeof job.OriginalFileName,
-             FieldText(header.OriginalFileName, sizeof header.OriginalFileName));
+             WholeFieldText(header.OriginalFileName, sizeof header.OriginalFileName));
 }
 
 }  // namespace

@@ -48,7 +48,7 @@ int32_t AFM_File::GetPath(char* out) {
 int32_t AFM_File::GetDirectory(char* out) {
     if (IsClosed()) return 0;
     const std::string_view path = path_;
-    const std::size_t last = path.rfind('\\');
+    const std::size_t last = FindLastCharacter(path, '\\');
     CopyText(out, kPathBytes, last == std::string_view::npos ? "" : path.substr(0, last));
     return 1;
 }
@@ -60,7 +60,8 @@ HANDLE AFM_File::GetHandle() {
 int32_t AFM_File::GetFileName(char* out) {
     if (IsClosed()) return 0;
     const std::string_view path = path_;
-    CopyText(out, kFileNameBytes, path.substr(path.rfind('\\') + 1));  // npos + 1 is the start
+    const std::size_t last = FindLastCharacter(path, '\\');
+    CopyText(out, kFileNameBytes, path.substr(last + 1));  // npos + 1 is the start
     return 1;
 }
 
