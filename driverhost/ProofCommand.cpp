@@ -5,13 +5,14 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <optional>
 
 #include "driverhost/CommandTree.h"
 #include "driverhost/HostError.h"
+#include "driverhost/Interrupt.h"
 #include "driverhost/PageChannels.h"
 #include "driverhost/PngFile.h"
 #include "driverhost/PrintRecord.h"
+#include "driverhost/ProofInks.h"
 #include "driverhost/ProofPicture.h"
 
 namespace fs = std::filesystem;
@@ -75,28 +76,22 @@ PictureSize SizeOf(const ProofOptions& options, const PrintRecord& record,
 }
 
 /// Draws the picture's rows from the top, reading each channel's lines in step.
-void Draw(PageChannels& channels, const PrintRecord::Page& page, const PictureSize& size,
-          uint32_t paper, PngFile& picture) {
-    const auto cells = static_cast<std::size_t>(size.Width);
-    std::vector<CellSums> sums;
-    std::vector<uint32_t> inks;
-    for (const PageChannel& channel : channels.Channels) {
-        sums.emplace_back(page.WidthPixels, size.Width, page.Bits);
-        inks.push_back(channel.ColorValue);
-    }
-    std::vector<std::vector<double>> amounts(inks.size(), std::vector<double>(cells));
-    std::vector<uint8_t> rgb(3 * cells);
+void Draw(PageChannels& channels, const std::vector<ProofInk>& inks, const PrintRecord::Page& page,
+          const PictureSize& size, uint32_t paper, PngFile& picture) {
+    PagePainter painter(inks, paper, page.WidthPixels, size.Width, page.Bits);
+    std::vector<std::span<const uint8_t>> lines(inks.size());
+    std::vector<uint8_t> rgb(3 * static_cast<std::size_t>(size.Width));
     for (int64_t row = 0; row < size.Height; ++row) {
+        StopWhenInterrupted();
         const int64_t first = row * page.Lines / size.Height;
         const int64_t end = std::max((row + 1) * page.Lines / size.Height, first + 1);
-        for (std::size_t ink = 0; ink < inks.size(); ++ink) {
-            for (int64_t line = first; line < end; ++line) {
-                const int64_t stored = channels.BottomLineFirst ? page.Lines - 1 - line : line;
-                sums[ink].AddLine(channels.Channels[ink].File->Line(stored));
-            }
-            sums[ink].TakeMeans(amounts[ink]);
+        for (int64_t line = first; line < end; ++line) {
+            const int64_t stored = channels.BottomLineFirst ? page.Lines - 1 - line : line;
+            for (std::size_t ink = 0; ink < inks.size(); ++ink)
+                lines[ink] = channels.Channels[ink].File->Line(stored);
+            painter.AddLine(lines);
         }
-        ComposeRow(amounts, inks, paper, rgb);
+        painter.TakeRow(rgb);
         picture.WriteRow(rgb);
     }
 }
@@ -114,11 +109,18 @@ void MakeProof(const ProofOptions& options) {
     if (page.WidthPixels <= 0 || page.Lines <= 0)
         throw HostError(kFailed, fmt::format("page {} has no size", options.Page));
     PageChannels channels = OpenPageChannels(options.Folder, record, index);
+    KeepInks(channels.Channels, options.Inks);
+    std::vector<ProofInk> inks;
+    for (const PageChannel& channel : channels.Channels)
+        inks.push_back(InkOf(channel));
+    const bool hasWhite = std::any_of(inks.begin(), inks.end(), [](const ProofInk& ink) {
+        return ink.Effect == InkEffect::kWhite;
+    });
     const PictureSize size = SizeOf(options, record, page);
-    const uint32_t paper = PaperColor(options, channels.HasWhite);
+    const uint32_t paper = PaperColor(options, hasWhite);
 
     PngFile picture(options.Output, size.Width, size.Height);
-    Draw(channels, page, size, paper, picture);
+    Draw(channels, inks, page, size, paper, picture);
     picture.Close();
     std::string names;
     for (const PageChannel& channel : channels.Channels)
@@ -148,8 +150,17 @@ void AddProofCommand(CommandTree& tree) {
         ->capture_default_str();
     command.add_option("--paper", options.Paper,
                        "Colour of the paper, RRGGBB (default: white; grey under white ink)");
-    AddHelp(command,
-            "Each ink shows in its display colour; where inks meet, their colours multiply.",
-            {"driverhost proof printed -o proof.png",
-             "driverhost proof printed -o detail.png --scale 1"});
+    command
+        .add_option("--inks", options.Inks,
+                    "Draw these inks alone, by their names, with commas between them")
+        ->delimiter(',')
+        ->type_name("INK,INK");
+    AddHelp(
+        command,
+        "The picture shows what will be seen: the paper, white ink over it, and the other inks\n"
+        "on top in their display colours, which multiply. On dark paper colours show where\n"
+        "white lies under them. Varnish is a sheen.",
+        {"driverhost proof printed -o proof.png",
+         "driverhost proof printed -o detail.png --scale 1",
+         "driverhost proof printed -o plates.png --inks Cyan,Black --paper 303030"});
 }

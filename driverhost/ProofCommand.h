@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 class CommandTree;
 
@@ -12,7 +13,8 @@ struct ProofOptions {
     int32_t Page = 1;  ///< from 1
     double Scale = 0;  ///< picture rows per printed line; 0: fit into LongSide
     int64_t LongSide = 1600;
-    std::string Paper;  ///< RRGGBB; empty: white, or grey where white ink is printed
+    std::string Paper;              ///< RRGGBB; empty: white, or grey under white ink
+    std::vector<std::string> Inks;  ///< the inks that are drawn; empty: all
 };
 
 /// Writes a picture of a printed page, put together from its channel files. Throws HostError.

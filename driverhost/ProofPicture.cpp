@@ -5,29 +5,55 @@
 
 namespace {
 
-/// Sum of the pixels [start, end) of a packed line.
-uint64_t SumOf(std::span<const uint8_t> line, int64_t start, int64_t end, int32_t bits) {
-    const int64_t pixelsPerByte = 8 / bits;
-    const uint32_t mask = (1U << bits) - 1;
-    uint64_t sum = 0;
-    for (int64_t pixel = start; pixel < end;) {
-        const uint32_t byte = line[static_cast<std::size_t>(pixel / pixelsPerByte)];
-        const int64_t next = std::min((pixel / pixelsPerByte + 1) * pixelsPerByte, end);
-        if (byte == 0) {
-            pixel = next;
-            continue;
-        }
-        for (; pixel < next; ++pixel) {
-            const int64_t place = pixel % pixelsPerByte;
-            sum += byte >> (8 - bits - place * bits) & mask;
-        }
-    }
-    return sum;
+constexpr float kFull = 255;
+
+/// Light that full varnish lets no longer through, and the one that it reflects instead: dark
+/// colours get a shimmer, white a tint.
+constexpr float kSheen = 0.22F;
+constexpr std::array<float, 4> kSheenLight = {196, 206, 222, 0};
+
+std::array<float, 4> SamplesOf(uint32_t color) {
+    return {static_cast<float>(color & 0xFF), static_cast<float>(color >> 8 & 0xFF),
+            static_cast<float>(color >> 16 & 0xFF), 0};
 }
 
 }  // namespace
 
-CellSums::CellSums(int64_t widthPixels, int64_t cells, int32_t bits) : bits_(bits) {
+PagePainter::Coat PagePainter::CoatOf(const ProofInk& ink, float amount) {
+    const Color color = SamplesOf(ink.Color);
+    Coat coat = {};
+    for (std::size_t sample = 0; sample < kSamples; ++sample) {
+        switch (ink.Effect) {
+            case InkEffect::kColor:
+                coat.Kept[sample] = 1 - amount * (1 - color[sample] / kFull);
+                break;
+            case InkEffect::kWhite:
+                coat.Kept[sample] = 1 - amount;
+                coat.Added[sample] = amount * color[sample];
+                break;
+            case InkEffect::kVarnish:
+                coat.Kept[sample] = 1 - amount * kSheen;
+                coat.Added[sample] = amount * kSheen * kSheenLight[sample];
+                break;
+        }
+    }
+    return coat;
+}
+
+PagePainter::PagePainter(const std::vector<ProofInk>& inks, uint32_t paper, int64_t widthPixels,
+                         int64_t cells, int32_t bits)
+    : bits_(bits), paper_(SamplesOf(paper)), pixels_(static_cast<std::size_t>(widthPixels)) {
+    const int32_t top = (1 << bits) - 1;
+    for (const InkEffect effect : {InkEffect::kWhite, InkEffect::kColor, InkEffect::kVarnish}) {
+        for (std::size_t ink = 0; ink < inks.size(); ++ink) {
+            if (inks[ink].Effect != effect) continue;
+            Layer& layer = layers_.emplace_back();
+            layer.Line = ink;
+            for (int32_t level = 0; level <= top; ++level)
+                layer.Coats.push_back(
+                    CoatOf(inks[ink], static_cast<float>(level) / static_cast<float>(top)));
+        }
+    }
     for (int64_t cell = 0; cell < cells; ++cell) {
         starts_.push_back(cell * widthPixels / cells);
         ends_.push_back(std::max((cell + 1) * widthPixels / cells, starts_.back() + 1));
@@ -35,40 +61,45 @@ CellSums::CellSums(int64_t widthPixels, int64_t cells, int32_t bits) : bits_(bit
     sums_.resize(starts_.size());
 }
 
-void CellSums::AddLine(std::span<const uint8_t> line) {
-    for (std::size_t cell = 0; cell < sums_.size(); ++cell)
-        sums_[cell] += SumOf(line, starts_[cell], ends_[cell], bits_);
+void PagePainter::Paint(const Layer& layer, std::span<const uint8_t> line) {
+    const auto pixelsPerByte = static_cast<std::size_t>(8 / bits_);
+    const auto shift = static_cast<unsigned>(8 - bits_);
+    for (std::size_t first = 0; first < pixels_.size(); first += pixelsPerByte) {
+        unsigned byte = line[first / pixelsPerByte];
+        if (byte == 0) continue;
+        // Each level stands in the upper bits in its turn. A level of 0 changes nothing, and is
+        // painted sooner than told from the others.
+        const std::size_t end = std::min(first + pixelsPerByte, pixels_.size());
+        for (std::size_t at = first; at < end; ++at) {
+            const Coat& coat = layer.Coats[byte >> shift];
+            for (std::size_t sample = 0; sample < kSamples; ++sample)
+                pixels_[at][sample] = pixels_[at][sample] * coat.Kept[sample] + coat.Added[sample];
+            byte = byte << bits_ & 0xFFU;
+        }
+    }
+}
+
+void PagePainter::AddLine(std::span<const std::span<const uint8_t>> lines) {
+    std::fill(pixels_.begin(), pixels_.end(), paper_);
+    for (const Layer& layer : layers_)
+        Paint(layer, lines[layer.Line]);
+    for (std::size_t cell = 0; cell < sums_.size(); ++cell) {
+        std::array<double, kSamples>& sum = sums_[cell];
+        for (auto pixel = static_cast<std::size_t>(starts_[cell]);
+             pixel < static_cast<std::size_t>(ends_[cell]); ++pixel)
+            for (std::size_t sample = 0; sample < kSamples; ++sample)
+                sum[sample] += double{pixels_[pixel][sample]};
+    }
     ++lines_;
 }
 
-void CellSums::TakeMeans(std::span<double> means) {
-    const double full = static_cast<double>((1 << bits_) - 1) * static_cast<double>(lines_);
+void PagePainter::TakeRow(std::span<uint8_t> rgb) {
     for (std::size_t cell = 0; cell < sums_.size(); ++cell) {
-        const auto pixels = static_cast<double>(ends_[cell] - starts_[cell]);
-        means[cell] = static_cast<double>(sums_[cell]) / (pixels * full);
-        sums_[cell] = 0;
+        const auto pixels = static_cast<double>((ends_[cell] - starts_[cell]) * lines_);
+        for (std::size_t sample = 0; sample < 3; ++sample)
+            rgb[3 * cell + sample] = static_cast<uint8_t>(
+                std::lround(std::clamp(sums_[cell][sample] / pixels, 0.0, double{kFull})));
+        sums_[cell] = {};
     }
     lines_ = 0;
-}
-
-void ComposeRow(const std::vector<std::vector<double>>& amounts, std::span<const uint32_t> inks,
-                uint32_t paper, std::span<uint8_t> rgb) {
-    constexpr int kSamples = 3;
-    for (std::size_t pixel = 0; pixel * kSamples < rgb.size(); ++pixel) {
-        for (int sample = 0; sample < kSamples; ++sample) {
-            const int shift = 8 * sample;
-            double printed = 1;  // on white paper
-            double bare = 1;     // the share of the area without any ink
-            for (std::size_t ink = 0; ink < inks.size(); ++ink) {
-                const double amount = amounts[ink][pixel];
-                const double color = static_cast<double>(inks[ink] >> shift & 0xFF) / 255;
-                printed *= 1 - amount * (1 - color);
-                bare *= 1 - amount;
-            }
-            const double white = static_cast<double>(paper >> shift & 0xFF) / 255;
-            const double value = printed - bare * (1 - white);
-            rgb[pixel * kSamples + static_cast<std::size_t>(sample)] =
-                static_cast<uint8_t>(std::lround(std::clamp(value, 0.0, 1.0) * 255));
-        }
-    }
 }

@@ -1,32 +1,55 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <vector>
 
-/// Sums the pixels of a channel's lines over the cells of a smaller (or larger) picture. Cell i of
-/// `cells` covers the pixels from i * width / cells to (i + 1) * width / cells, at least one.
-class CellSums {
-  public:
-    /// `widthPixels` and `cells` of 1 or more.
-    CellSums(int64_t widthPixels, int64_t cells, int32_t bits);
+#include "driverhost/ProofInks.h"
 
-    /// Adds a packed line of at least `widthPixels` pixels.
-    void AddLine(std::span<const uint8_t> line);
-    /// The mean of each cell over the lines added, 0 no ink to 1 full; begins anew.
-    void TakeMeans(std::span<double> means);
+/// Paints the lines of a page's channels into rows of a smaller (or larger) picture, as they will
+/// be seen: paper, white ink over it, the colours on top, each taking its light away, and varnish
+/// as a sheen over all. Each printed pixel is painted by itself and the picture shows the mean, so
+/// that dots under, beside and over one another look different. Within a pixel that is not full,
+/// each ink covers its amount by chance. Cell i of a row covers the pixels from i * width / cells
+/// to (i + 1) * width / cells, at least one.
+class PagePainter {
+  public:
+    /// `paper` is 0x00BBGGRR; `widthPixels` and `cells` are 1 or more.
+    PagePainter(const std::vector<ProofInk>& inks, uint32_t paper, int64_t widthPixels,
+                int64_t cells, int32_t bits);
+
+    /// Takes a packed line of each ink, in the inks' order, of at least `widthPixels` pixels.
+    void AddLine(std::span<const std::span<const uint8_t>> lines);
+    /// The colours of the cells over the lines added, 3 bytes each; begins anew.
+    void TakeRow(std::span<uint8_t> rgb);
 
   private:
+    /// Red, green, blue, 0 to 255, and one that fills a vector register.
+    static constexpr std::size_t kSamples = 4;
+    using Color = std::array<float, kSamples>;
+
+    /// What one amount of an ink makes of the colour under it: that times `Kept`, plus `Added`.
+    struct Coat {
+        Color Kept;
+        Color Added;
+    };
+
+    /// One ink: where its line stands among those of AddLine, and its coat at each level.
+    struct Layer {
+        std::size_t Line;
+        std::vector<Coat> Coats;
+    };
+
+    static Coat CoatOf(const ProofInk& ink, float amount);
+    void Paint(const Layer& layer, std::span<const uint8_t> line);
+
     int32_t bits_;
+    Color paper_;
+    std::vector<Layer> layers_;    ///< from the paper up
+    std::vector<Color> pixels_;    ///< of one line
     std::vector<int64_t> starts_;  ///< first pixel of each cell
     std::vector<int64_t> ends_;    ///< one past its last
-    std::vector<uint64_t> sums_;
+    std::vector<std::array<double, kSamples>> sums_;
     int64_t lines_ = 0;
 };
-
-/// The colour of every pixel of a picture's row: the mean over an area in which each ink covers
-/// its amount by chance. Where inks meet their colours multiply; where none lies, `paper` shows.
-/// `amounts` has one row of amounts, 0 to 1, for each of `inks`; colours are 0x00BBGGRR; `rgb`
-/// receives 3 bytes a pixel.
-void ComposeRow(const std::vector<std::vector<double>>& amounts, std::span<const uint32_t> inks,
-                uint32_t paper, std::span<uint8_t> rgb);

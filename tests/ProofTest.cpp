@@ -49,31 +49,79 @@ struct ProofCase {
     Arguments ProofOptions;
     int64_t Side;
     Rgb Patches[4];
+    const char* Spot = "WHITE";  ///< what the first patch is printed with
+    const char* White = "";      ///< white treatment
 };
 
-TEST_F(DriverHost, ProofShowsEachInkUprightInItsColor) {
-    const ProofCase cases[] = {
-        {{"--model", "Fenland R4", "--color-mode", "CMYK, dots"},
-         {},
-         1600,
-         {{230, 255, 255}, {255, 128, 255}, {0, 255, 255}, {0, 0, 255}}},
-        {{"--model", "Fenland R4", "--color-mode", "CMYK, contone"},
-         {"--scale", "0.25", "--paper", "FFEEDD"},
-         90,
-         {{230, 240, 224}, {255, 119, 238}, {0, 255, 255}, {0, 0, 255}}},
-        // Bottom line first; its grey paper shows between the dots of a tint only.
-        {{"--model", "Fenland F8", "--media", "Glass", "--print-mode", "Standard", "--color-mode",
-          "CMYK, White, Varnish, contone"},
-         {"--long-side", "200"},
-         200,
-         {{255, 255, 255}, {218, 90, 218}, {0, 255, 255}, {0, 0, 255}}},
-    };
-    Write("a.pdf", Pdf({kPatches}));
-    for (const ProofCase& proof : cases) {
-        SCOPED_TRACE(proof.MakeOptions[1] + proof.MakeOptions.back());
+const Arguments kFlatbed = {
+    "--model",      "Fenland F8", "--media",      "Glass",
+    "--print-mode", "Standard",   "--color-mode", "CMYK, White, Varnish, contone"};
+const Arguments kOnBlack = {"--model",      "Fenland W6", "--media",      "Foam board, black",
+                            "--print-mode", "0",          "--color-mode", "CMYK, dots"};
+const Arguments kDark = {"--paper", "404040", "--long-side", "200"};
+
+const ProofCase kProofs[] = {
+    {{"--model", "Fenland R4", "--color-mode", "CMYK, dots"},
+     {},
+     1600,
+     {{230, 255, 255}, {255, 128, 255}, {0, 255, 255}, {0, 0, 255}}},
+    {{"--model", "Fenland R4", "--color-mode", "CMYK, contone"},
+     {"--scale", "0.25", "--paper", "FFEEDD"},
+     90,
+     {{230, 238, 221}, {255, 119, 221}, {0, 238, 221}, {0, 0, 221}}},
+    // Bottom line first, on the grey paper of white ink.
+    {kFlatbed,
+     {"--long-side", "200"},
+     200,
+     {{255, 255, 255}, {180, 90, 180}, {0, 180, 180}, {0, 0, 180}}},
+    {kFlatbed,
+     {"--long-side", "200", "--inks", "white, Cyan"},
+     200,
+     {{255, 255, 255}, {180, 180, 180}, {0, 180, 180}, {0, 180, 180}}},
+    {kFlatbed,
+     {"--long-side", "200", "--paper", "000000"},
+     200,
+     {{43, 45, 49}, {0, 0, 0}, {0, 0, 0}, {0, 0, 0}},
+     "Varnish"},
+    // A tenth of cyan, half magenta, and full inks: white lies under the dots, beside them,
+    // everywhere, nowhere.
+    {kOnBlack,
+     kDark,
+     200,
+     {{58, 83, 83}, {160, 32, 160}, {0, 255, 255}, {0, 0, 255}},
+     "WHITE",
+     "Underprint"},
+    {kOnBlack,
+     kDark,
+     200,
+     {{230, 236, 236}, {160, 128, 160}, {0, 64, 64}, {0, 0, 64}},
+     "WHITE",
+     "Spot"},
+    {kOnBlack,
+     kDark,
+     200,
+     {{230, 255, 255}, {255, 128, 255}, {0, 255, 255}, {0, 0, 255}},
+     "WHITE",
+     "Overprint"},
+    {kOnBlack,
+     kDark,
+     200,
+     {{58, 64, 64}, {64, 32, 64}, {0, 64, 64}, {0, 0, 64}},
+     "WHITE",
+     "No white"},
+};
+
+TEST_F(DriverHost, ProofShowsWhatWillBeSeen) {
+    for (const ProofCase& proof : kProofs) {
+        SCOPED_TRACE(proof.MakeOptions[1] + proof.MakeOptions.back() + proof.White + proof.Spot);
+        std::string pdf = Pdf({kPatches});
+        Write("a.pdf", pdf.replace(pdf.find("WHITE"), 5, proof.Spot));
         Arguments make = {"make-job", "a.pdf", "-o", "job"};
         make.insert(make.end(), proof.MakeOptions.begin(), proof.MakeOptions.end());
         ASSERT_EQ(Host(make).Status, 0);
+        if (*proof.White != '\0') {
+            ASSERT_EQ(Host({"options", "set", "job", proof.White}).Status, 0);
+        }
         fs::remove_all(Path("printed"));
         ASSERT_EQ(Host({"run", "job", "--out", "printed"}).Status, 0);
         Arguments draw = {"proof", "printed", "-o", "proof.png"};
@@ -107,6 +155,7 @@ TEST_F(DriverHost, ProofRefusesWhatItCannotDraw) {
     };
     refuse({"--page", "2"}, "none with the number 2");
     refuse({"--scale", "1e9"}, "larger than");
+    refuse({"--inks", "Cyan,Whit"}, "no ink \"Whit\"; it has Cyan, Magenta, Yellow, Black");
     fs::resize_file(Path("printed/a/a_M.tif"), 1000);
     refuse({}, "a_M.tif");
     Write("printed/a.print.json", "{\"pages\":3}");
