@@ -5,8 +5,8 @@
 #include <vector>
 
 /// A temporary folder with a base folder for the plug-in (`base`), a folder for output (`out`)
-/// and one for job files (`jobs`). While it lives, the environment names the base folder, the
-/// message file and the log file; no window system and no dialog script are set.
+/// and one for job files (`jobs`). From then on the environment names the base folder, the message
+/// file and the log file.
 class BaseFolder {
   public:
     BaseFolder();

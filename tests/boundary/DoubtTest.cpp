@@ -11,7 +11,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr int64_t kStandsStill = -1;
+constexpr int64_t kStandsStill = 0;
 constexpr int64_t kRowAStep = 201;  // milliseconds between two looks at the clock
 constexpr int32_t kTileRows[] = {1, 2};
 

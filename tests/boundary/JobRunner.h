@@ -12,6 +12,7 @@
 #include "BoundaryHost.h"
 #include "ContainerMaker.h"
 #include "ModelMaker.h"
+#include "SystemStandIns.h"
 
 using Texts = std::vector<std::string>;
 
@@ -54,7 +55,8 @@ class Job {
 /// Whether the answers are those of a job that was printed.
 bool IsPrinted(const std::string& answers);
 
-/// A base folder and a driver; each test gets its own.
+/// A base folder and a driver; each test gets its own. However slow the machine and however small
+/// its disk, time stands still and there is room, but where a test says otherwise.
 class BoundaryTest : public ::testing::Test {
   protected:
     /// Makes a model known, to a new driver: a driver keeps the description that it has read.
@@ -83,6 +85,10 @@ class BoundaryTest : public ::testing::Test {
 
     BaseFolder folder;
     std::unique_ptr<Driver> driver = std::make_unique<Driver>();
+
+  private:
+    StandIn stillClock_{clockStepMs, 0};
+    StandIn largeDisk_{freeSpaceBytes, int64_t{1} << 60};
 };
 
 /// What the log says of each failed job step.

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "JobRunner.h"
-#include "SystemStandIns.h"
 
 namespace {
 

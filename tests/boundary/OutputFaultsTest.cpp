@@ -5,7 +5,6 @@
 
 #include "FileSizeLimit.h"
 #include "JobRunner.h"
-#include "SystemStandIns.h"
 
 namespace {
 

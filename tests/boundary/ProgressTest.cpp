@@ -1,7 +1,6 @@
 // Time slices, the progress that a host sees, and jobs that are aborted.
 
 #include "JobRunner.h"
-#include "SystemStandIns.h"
 
 namespace {
 

@@ -3,12 +3,13 @@
 #include <atomic>
 #include <cstdint>
 
-// Stand-ins for system calls of this process and every library that it loads.
+// Stand-ins for system calls of this process and every library that it loads. Each serves while its
+// setting is not negative.
 
-/// Not 0: the monotonic clock is a test's own, and every look at it finds it this much later than
-/// the look before, so that time slices end at known rows; negative: it stands still.
-inline std::atomic<int64_t> clockStepMs = 0;
-/// Not negative: every file system has so many bytes free.
+/// Every look at a clock finds it this much later than the look before, so that time slices end at
+/// known rows; 0: time stands still.
+inline std::atomic<int64_t> clockStepMs = -1;
+/// Every file system has so many bytes free.
 inline std::atomic<int64_t> freeSpaceBytes = -1;
 
 /// Gives a stand-in a value for as long as this lives.

@@ -4,7 +4,6 @@
 #include <algorithm>
 
 #include "JobRunner.h"
-#include "SystemStandIns.h"
 
 namespace {
 
@@ -190,17 +189,18 @@ TEST_F(WhiteTest, TheUsersChoice) {
 // The union goes with the job, whether the host gives it up or it fails.
 TEST_F(WhiteTest, AnAbortOrAFailureRemovesTheUnion) {
     Install(WhiteModel(2, Rules("1|A;1;1")));
-    const StandIn clock(clockStepMs, 300);
     Job job = StartJob({NumberedPage(320, 50, 2, 1)});
-    for (int step = 0; step < 4; ++step)
-        ASSERT_EQ(job.Step(), 1);
+    {
+        const StandIn clock(clockStepMs, 300);
+        for (int step = 0; step < 4; ++step)
+            ASSERT_EQ(job.Step(), 1);
+    }
     ASSERT_FALSE(LeavesNothing());
     EXPECT_EQ(driver->Call(kAbortJob), 1);
     EXPECT_TRUE(LeavesNothing());
     // The second channel cannot be made; by then the first is gathered.
     EmptyOutputFolder();
     std::filesystem::create_directory(folder.Out() / "Proof_C2.raw");
-    const StandIn steady(clockStepMs, 1);
     EXPECT_EQ(StartJob({NumberedPage(320, 50, 2, 1)}).Run(), "10");
     EXPECT_TRUE(LeavesNothing());
 }
