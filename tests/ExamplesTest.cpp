@@ -19,7 +19,9 @@ constexpr char kPrepare[] =
     " && driverhost run poster.job --out printed && cp -R printed reprinted"
     " && printf X | dd of=reprinted/poster/poster_C.tif bs=1 seek=2000 conv=notrunc"
     " && driverhost run glass.job --out raw --name glass"
-    " && cp -R '" MODELS_FOLDER "' models";
+    " && cp -R '" MODELS_FOLDER
+    "' models"
+    " && mkdir -p models/Temp models/temp 'models/Jobs and Settings/OptionsDrivers'";
 
 std::vector<std::string> LinesAfter(const std::string& help, const std::string& heading) {
     std::istringstream text(help);
@@ -67,7 +69,7 @@ class Examples : public DriverHost {
             const std::size_t status = example.find("# status ");
             const int expected =
                 status == std::string::npos ? 0 : std::stoi(example.substr(status + 9));
-            const Outcome run = Shell("cd work && " + example);
+            const Outcome run = Shell("cd work && export QL_BASE_FOLDER=$PWD/models && " + example);
             EXPECT_EQ(run.Status, expected) << example << '\n' << run.Output;
         }
     }

@@ -279,7 +279,9 @@ TEST_F(MakeJobInputs, RefusesDamagedArtwork) {
     for (const auto& [name, bytes, message] : cases) {
         Write(name, bytes);
         const Listing before = Files();
-        ExpectRefused(MakeGrayJob(name, {"--timeout", "2"}), message, before);
+        const bool hangs = name == std::string("forever.ps");
+        ExpectRefused(MakeGrayJob(name, hangs ? Arguments{"--timeout", "2"} : Arguments()), message,
+                      before);
     }
 }
 
