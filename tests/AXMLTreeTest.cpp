@@ -69,7 +69,9 @@ TEST(AXMLTree, SavesWithoutLosingAnything) {
     const std::string declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
     AXMLTree own("RootElement");
     AXMLTreeNode item;
+    EXPECT_EQ(own.getChildCount(Root(own)), 0);
     ASSERT_EQ(own.addChild(item, Root(own), "List", "", -1), 1);
+    EXPECT_EQ(own.getChildCount(Root(own)), 1);
     ASSERT_EQ(own.addChild(item, item, "Item", "a < b & c", -1), 1);
     ASSERT_EQ(own.setAttribute(item, "Name", "\"old\""), 1);
     ASSERT_EQ(own.setAttribute(item, "Name", "\"new\" & <tag>"), 1);

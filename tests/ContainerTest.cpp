@@ -195,7 +195,7 @@ constexpr Damage kDamages[] = {
     {"link past a page", 1, kLink, kTag, kPlaceOf + 4, "3: good none none"},
     {"another page's number", 3, TIFFTAG_PAGENUMBER, kValue, 0x30002, "3: good wrong wrong"},
     {"an earlier page's number", 4, TIFFTAG_PAGENUMBER, kValue, 0x30000, "3: none good none"},
-    {"a number beyond the count", 4, TIFFTAG_PAGENUMBER, kValue, 0x30009, "3: good good wrong"},
+    {"a number beyond the count", 4, TIFFTAG_PAGENUMBER, kValue, 0x30003, "3: good good wrong"},
     {"a count of one", 0, TIFFTAG_PAGENUMBER, kValue, 0x10000, "1: good"},
     {"a count of none", 0, TIFFTAG_PAGENUMBER, kValue, 0, "3: good good good"},
     {"no page number", 2, TIFFTAG_PAGENUMBER, kTag, 299, "3: none none good"},

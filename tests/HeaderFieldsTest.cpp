@@ -77,6 +77,20 @@ TEST(HeaderFields, GiveTheirBytes) {
     EXPECT_EQ(Header(""), "");
 }
 
+// For whoever explains a template: each line from its begin to its end, without CR LF.
+TEST(HeaderFields, TellsEveryLine) {
+    class Lines final : public HeaderLineListener {
+      public:
+        void OnLine(const HeaderLine& line) override {
+            Text += fmt::format("{}-{}:{} ", line.Begin, line.End, static_cast<int>(line.Result));
+        }
+        std::string Text;
+    } lines;
+    HeaderBuffer buffer;
+    ProcessHeaderTemplate("\nint8,1\r\n\n\r\nfree//ql\r\nint9,1", kKeywords, buffer, &lines);
+    EXPECT_EQ(lines.Text, "0-0:1 1-7:0 9-9:1 10-10:1 12-20:2 22-28:3 ");
+}
+
 TEST(HeaderFields, EndWhereTheHeaderIsFull) {
     std::string text;
     for (int i = 0; i < 3; ++i)

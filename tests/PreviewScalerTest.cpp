@@ -37,6 +37,43 @@ class Canvas final : public Image_Writer {
     std::vector<std::array<int, 3>> Pixels;
 };
 
+TEST(PreviewGeometry, KeepsThePhysicalShapeOfThePage) {
+    const struct {
+        int box[2];  ///< height 0: best fit
+        int page[2], resolution[2];
+        int preview[2];
+        double scale[2], offset[2];
+    } cases[] = {
+        {{500, 500}, {100, 100}, {300, 600}, {500, 500}, {1, 1}, {200, 200}},
+        {{500, 0}, {2000, 1000}, {300, 300}, {500, 250}, {0.25, 0.25}, {0, 0}},
+        {{500, 0}, {1000, 2000}, {300, 300}, {250, 500}, {0.25, 0.25}, {0, 0}},
+        {{500, 0}, {1000, 1000}, {720, 360}, {250, 500}, {0.25, 0.5}, {0, 0}},
+        {{500, 0}, {1000, 1000}, {0, 360}, {500, 500}, {0.5, 0.5}, {0, 0}},
+        {{500, 0}, {5000, 1}, {300, 300}, {500, 1}, {0.1, 0.1}, {0, 0.45}},
+        {{400, 100}, {200, 200}, {360, 720}, {400, 100}, {1, 0.5}, {100, 0}},
+        // As wide or as high as the box, it is shaped like any other.
+        {{100, 80}, {100, 80}, {300, 600}, {100, 80}, {1, 0.5}, {0, 20}},
+        {{100, 80}, {100, 79}, {300, 600}, {100, 80}, {1, 0.5}, {0, 20.25}},
+        {{100, 80}, {99, 80}, {600, 300}, {100, 80}, {0.5, 1}, {25.25, 0}},
+        {{100, 80}, {99, 79}, {600, 300}, {100, 80}, {1, 1}, {0.5, 0.5}},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(testing::Message() << row.page[0] << "x" << row.page[1] << " in " << row.box[0]
+                                        << "x" << row.box[1]);
+        const PreviewGeometry fit =
+            row.box[1] == 0 ? FitBest(row.box[0], row.page[0], row.page[1], row.resolution[0],
+                                      row.resolution[1])
+                            : FitIntoBox(row.box[0], row.box[1], row.page[0], row.page[1],
+                                         row.resolution[0], row.resolution[1]);
+        EXPECT_EQ(fit.previewWidth, row.preview[0]);
+        EXPECT_EQ(fit.previewHeight, row.preview[1]);
+        EXPECT_DOUBLE_EQ(fit.scaleX, row.scale[0]);
+        EXPECT_DOUBLE_EQ(fit.scaleY, row.scale[1]);
+        EXPECT_DOUBLE_EQ(fit.offsetX, row.offset[0]);
+        EXPECT_DOUBLE_EQ(fit.offsetY, row.offset[1]);
+    }
+}
+
 TEST(PreviewScaler, DiffersFromTheDirectEvaluationByOneLevelAtMost) {
     const PageShape shapes[] = {
         {1000, 700, 1, 300, 300, 50, 0},  {1001, 333, 1, 600, 300, 64, 40},
@@ -44,7 +81,7 @@ TEST(PreviewScaler, DiffersFromTheDirectEvaluationByOneLevelAtMost) {
         {97, 89, 1, 1, 1, 200, 200},      {200, 50, 1, 0, 300, 199, 120},
         {640, 480, 2, 300, 300, 77, 0},   {641, 479, 4, 360, 720, 80, 33},
         {643, 481, 8, 300, 300, 500, 0},  {50, 60, 8, 300, 300, 70, 70},
-        {5000, 5, 1, 300, 300, 30, 0},    {7, 6000, 1, 300, 300, 1, 1},
+        {5000, 5, 1, 300, 300, 30, 0},    {9, 7000, 2, 9, 7000, 1, 1},
         {63, 65, 2, 300, 300, 64, 0},     {1, 1, 1, 300, 300, 1, 0},
         {10, 300, 1, 20, 720, 20, 50},  // wider than it was
     };

@@ -73,7 +73,7 @@ TEST_F(HeaderTest, EachKindOfLine) {
         // Comments, blanks, line ends, what is no field.
         {"int16,QL_HEIGHTDPI //ql vertical dpi", "5802"},
         {"int8,QL_NCOLORS ", ""},
-        {"int8,1//ql a//ql b\r\nchar,[4]a //ql b", "0161200000"},
+        {"int8,1//ql a//ql b\r\nchar,[8]a //ql b//ql c", "0161202F2F716C2062"},
         {"//ql int8,1\r\n\r\nfree text\r\nint8,QL_UNKNOWN\r\nint8,QLDO_X\r\nint8,2\r\n", "02"},
         {"int8,12\nint8,34", "0122"},
         {"\nint8,1\r\n\nint8,2\r\n", "0102"},

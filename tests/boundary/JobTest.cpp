@@ -9,8 +9,9 @@ namespace {
 class JobTest : public BoundaryTest {};
 
 // Pages of odd widths; separations in another order than the colour mode's, in other letter case,
-// of mixed depths, missing, and without a colorant; more channels than a page's flags once held. A
-// tile folder a page keeps them apart.
+// of mixed depths, missing, and without a colorant; more channels than a page's flags once held;
+// lines that are larger than the blocks in which data moves, and lines that are so only together.
+// A tile folder a page keeps them apart.
 TEST_F(JobTest, EveryChannelHoldsItsSeparation) {
     constexpr int kChannelCount = 20;
     std::vector<Page> pages = {
@@ -20,6 +21,8 @@ TEST_F(JobTest, EveryChannelHoldsItsSeparation) {
         RandomPage(33, 23, {{"C1", 1}, {"C1", 2}, {"C4", 1}}, 4),
         RandomPage(1001, 600, {{"C2", 8}, {"C3", 8}}, 5),
         RandomPage(65, 6, {{"Gold", 1}, {"Silver", 8}}, 6),
+        RandomPage(60'000, 3, {{"C1", 8}, {"C2", 8}, {"C3", 8}, {"C4", 8}, {"C5", 8}}, 8),
+        RandomPage(270'000, 2, {{"C2", 8}, {"C7", 8}}, 9),
         NumberedPage(50, 7, kChannelCount, 7),
     };
     pages.back().Separations.erase(pages.back().Separations.begin() + 16);

@@ -62,36 +62,40 @@ TEST_F(OutputFaultsTest, WritesThatFail) {
         rlim_t Room;  ///< bytes that a file can hold
         const char* Answers;
         const char* Text;
-        bool IsBlank = false;
+        Page Printed;
     };
+    const Page blank = RandomPage(3200, 100, {{"Gold"}}, 1);
+    const Page large = NumberedPage(32'000, 200, 2, 1);
     const char* const error = "Write Data Error";
     const Row rows[] = {
-        {kForward, "raw", 40000, "1111", ""},
-        {kForward, "raw", 20000, "10", ""},
-        {kForward, "raw", 39999, "10", ""},
-        {kForward, "tif", 20000, "10", ""},
-        {kForward, "tif", 40008, "10", ""},
-        {kForwardLines, "raw", 39999, "10", ""},
-        {kForwardLines, "tif", 40008, "10", ""},
-        {kForward, "raw", 39999, "110", error, true},
-        {kForward, "raw", 20000, "110", error, true},
+        {kForward, "raw", 40000, "1111", "", page},
+        {kForward, "raw", 20000, "10", "", page},
+        {kForward, "raw", 39999, "10", "", page},
+        {kForward, "tif", 20000, "10", "", page},
+        {kForward, "tif", 40008, "10", "", page},
+        {kForwardLines, "raw", 39999, "10", "", page},
+        {kForwardLines, "tif", 40008, "10", "", page},
+        {kForward, "raw", 39999, "110", error, blank},
+        {kForward, "raw", 20000, "110", error, blank},
         // The temporary file is as large as the channel, or as both: it is full in the middle or
         // at its close.
-        {kReversed, "raw", 40000, "1111", ""},
-        {kReversed, "raw", 39999, "10", error},
-        {kReversed, "raw", 399, "10", error},
-        {kReversedLines, "raw", 80000, "1111", ""},
-        {kReversedLines, "raw", 79999, "110", error},
-        {kReversedLines, "raw", 399, "110", error},
+        {kReversed, "raw", 40000, "1111", "", page},
+        {kReversed, "raw", 39999, "10", error, page},
+        {kReversed, "raw", 399, "10", error, page},
+        {kReversed, "raw", 300'000, "10", error, large},
+        {kReversedLines, "raw", 80000, "1111", "", page},
+        {kReversedLines, "raw", 79999, "110", error, page},
+        {kReversedLines, "raw", 399, "110", error, page},
+        {kReversedLines, "raw", 300'000, "10", error, large},
         // The lines fit into it, the TIFF around them does not: the page goes on.
-        {kReversed, "tif", 40000, "1111", ""},
+        {kReversed, "tif", 40000, "1111", "", page},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(fmt::format("{} {} {}", row.Rules, row.Extension, row.Room));
         EmptyOutputFolder();
         std::filesystem::remove(folder.Root() / "log");
         Install(2, row.Rules, row.Extension);
-        Job job = StartJob({row.IsBlank ? RandomPage(3200, 100, {{"Gold"}}, 1) : page});
+        Job job = StartJob({row.Printed});
         std::string answers;
         {
             const FileSizeLimit limit(row.Room);

@@ -84,23 +84,24 @@ TEST_F(TicketTest, NamesAsUtf8) {
 
 TEST_F(TicketTest, Tiles) {
     constexpr int32_t kZeros[] = {0, 0, 0};
-    constexpr int32_t kRows[] = {1, 1, 2};
+    constexpr int32_t kRows[] = {1, 3, 2};
     constexpr int32_t kFirst[] = {5, 0, 0};
     const struct {
         int32_t version, count;
         const int32_t *pages, *rows, *columns;
-        std::string last;  ///< of the third page
+        std::string first, last;  ///< of the pages
     } cases[] = {
-        {3, 3, kZeros, kRows, kZeros, "\t<Row>2</Row>\r\n"},
+        {3, 3, kZeros, kRows, kZeros, "\t<Row>1</Row>\r\n", "\t<Row>2</Row>\r\n"},
         {3, 3, kRows, kRows, kFirst,
+         "\t<Page>1</Page>\r\n\t<Row>1</Row>\r\n\t<COLUMN>5</COLUMN>\r\n",
          "\t<Page>2</Page>\r\n\t<Row>2</Row>\r\n\t<COLUMN>0</COLUMN>\r\n"},
-        {3, 2, kRows, nullptr, nullptr, "\t<Page>1</Page>\r\n"},
-        {3, 3, nullptr, nullptr, nullptr, ""},
-        {2, 3, kRows, kRows, kRows, ""},
-        {3, 1, kRows, kRows, kRows, ""},
+        {3, 2, kRows, nullptr, nullptr, "\t<Page>1</Page>\r\n", "\t<Page>3</Page>\r\n"},
+        {3, 3, nullptr, nullptr, nullptr, "", ""},
+        {2, 3, kRows, kRows, kRows, "", ""},
+        {3, 1, kRows, kRows, kRows, "", ""},
     };
     WriteText(Template(), "QL_TILES");
-    for (const auto& [version, count, pages, rows, columns, last] : cases) {
+    for (const auto& [version, count, pages, rows, columns, first, last] : cases) {
         EmptyOutputFolder();
         const Page page = NumberedPage(8, 1, 2, 1);
         Job job = StartJob(count == 2 ? std::vector<Page>{page, page}
@@ -112,6 +113,7 @@ TEST_F(TicketTest, Tiles) {
         job.Status.TileColumnNumbers = columns;
         ASSERT_TRUE(IsPrinted(job.Run()));
         const bool tiled = version >= 3 && count > 1;
+        EXPECT_EQ(Output(tiled ? "Proof-tile1/t.xml" : "t.xml"), first);
         EXPECT_EQ(Output(tiled ? fmt::format("Proof-tile{}/t.xml", count) : "t.xml"), last);
     }
 }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "FileSizeLimit.h"
 #include "JobRunner.h"
 
 namespace {
@@ -87,6 +88,7 @@ TEST_F(WhiteTest, SeparationZeroBeginsTheUnion) {
         ASSERT_TRUE(Print({page}));
         EXPECT_EQ(Output(kWhiteFile), Union(page, {0, 2}, false, false)) << more;
         const Page other = RandomPage(64, 6, {{"Gold"}, {"C1"}, {"C3"}}, 6);
+        WriteText(folder.Temp() / "TempWhiteData", std::string(6 * LineBytes(other), 'x'));
         ASSERT_TRUE(Print({other}));
         EXPECT_EQ(Output(kWhiteFile), "") << more;
         EXPECT_TRUE(LeavesNothing());
@@ -138,6 +140,14 @@ TEST_F(WhiteTest, Names) {
         ASSERT_TRUE(Print({NumberedPage(40, 3, count, 1)}));
         EXPECT_EQ(Listing(folder.Out()), names);
     }
+    // The only channel keeps the job's name, also when it has no other and stays blank.
+    Model one = NumberedModel(1, Rules("3|A;3;1"));
+    one.Colours[0].ChannelName = "";
+    Install(Describe(one));
+    EmptyOutputFolder();
+    ASSERT_TRUE(Print({RandomPage(40, 3, {{"Gold"}}, 1)}));
+    EXPECT_EQ(Listing(folder.Out()), (Texts{"Proof", "Proof_2"}));
+    EXPECT_EQ(Output("Proof"), std::string(24, '\0'));
     // Channels without a name leave the job's to white.
     Model model = NumberedModel(3, Rules("2|A;2;1"));
     model.Colours[0].ChannelName = "";
@@ -164,6 +174,39 @@ TEST_F(WhiteTest, WithoutATemporaryFile) {
     EXPECT_EQ(Output("Proof_C2.raw"), ChannelBytes(page, "C2"));
     EXPECT_FALSE(std::filesystem::exists(folder.Temp()));
     EXPECT_TRUE(folder.Messages().empty());
+}
+
+// A union that lacks what the disk did not take is not printed, whether it was full for a while or
+// at the end. The channels lie elsewhere: they are whole.
+TEST_F(WhiteTest, AUnionThatTheDiskDoesNotTake) {
+    Install(WhiteModel(2, Rules("2|A;2;1")));
+    constexpr rlim_t kWholeBytes = 4000 * 200;
+    enum Step { kStart, kBands, kEnd };
+    constexpr struct {
+        Step full;  ///< in which no file passes this size
+        rlim_t room;
+        bool isPrinted;
+    } kCases[] = {{kBands, 100'000, false},
+                  {kEnd, 100'000, false},
+                  {kEnd, kWholeBytes - 1, false},
+                  {kEnd, kWholeBytes, true}};
+    for (const int count : {1, 2}) {
+        const Page page = NumberedPage(32'000, 200, count, 1);
+        const std::string whole = Union(page, {0, count - 1}, false, false);
+        for (const auto& [full, room, isPrinted] : kCases) {
+            SCOPED_TRACE(fmt::format("{} inks, {} bytes in step {}", count, room, int{full}));
+            EmptyOutputFolder();
+            for (const char* channel : {"Proof_C1.raw", "Proof_C2.raw"})
+                std::filesystem::create_symlink("/dev/null", folder.Out() / channel);
+            Job job = StartJob({page});
+            for (const Step step : {kStart, kBands, kEnd}) {
+                const FileSizeLimit limit(step == full ? room : RLIM_INFINITY);
+                EXPECT_EQ(job.Step(), 1);
+            }
+            EXPECT_TRUE(Output(kWhiteFile) == (isPrinted ? whole : ""));
+            EXPECT_TRUE(LeavesNothing());
+        }
+    }
 }
 
 // The user's choice counts where the model offers white, and is the job's alone.
