@@ -51,12 +51,14 @@ struct OptionsFile {
 };
 
 OptionsFile Search(std::string_view name) {
+    OptionsFile missing = {OptionsPath(kNewFileFolder, name)};
     for (const std::string_view folder : kSearchedFolders) {
         OptionsFile file = {OptionsPath(folder, name)};
         file.Found = file.Path.LookFor(&file.SystemError);
         if (file.Found != Existence::kMissing) return file;
+        missing.SystemError = file.SystemError;
     }
-    return {OptionsPath(kNewFileFolder, name)};
+    return missing;
 }
 
 /// The block's options file, made anew when it stands in none of the folders; nothing when the

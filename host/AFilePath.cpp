@@ -80,7 +80,7 @@ AFilePath::AFilePath(std::string_view text) : path_(Normalize(text)) {}
 AFilePath& AFilePath::Append(std::string_view name) {
     std::vector<std::string_view> components;
     if (!valid_ || !ResolveName(name, components)) {
-        Invalidate();
+        Invalidate(name);
         return *this;
     }
     for (const std::string_view component : components) {
@@ -105,7 +105,8 @@ AString AFilePath::folderPart() const {
     return last == AString::npos ? AString() : path_.substr(0, last + 1);
 }
 
-void AFilePath::Invalidate() {
+void AFilePath::Invalidate(std::string_view name) {
+    if (valid_) refused_ = name;
     valid_ = false;
     path_.clear();
 }

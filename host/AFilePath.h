@@ -34,12 +34,15 @@ class AFilePath {
     bool exists() const { return LookFor() == Existence::kExists; }
     /// With the system's separators and none at the end (but for a root); "" when invalid.
     const AString& fullPath() const { return path_; }
+    /// For messages: the full path, or of an invalid one the name that made it so.
+    const AString& shownName() const { return valid_ ? path_ : refused_; }
     /// The full path up to and including its last separator; "" when it has none.
     AString folderPart() const;
 
   private:
-    void Invalidate();
+    void Invalidate(std::string_view name);
 
     AString path_;
+    AString refused_;  ///< what Append was given
     bool valid_ = true;
 };

@@ -43,9 +43,8 @@ ChannelFiles::OpenChannel ChannelFiles::Create(uint32_t separation, const AStrin
         static_cast<uint32_t>(shape_.heightLines), static_cast<float>(shape_.xResolution),
         static_cast<float>(shape_.yResolution), shape_.bits, 0, 0, nullptr, nullptr, 0);
     if (!exporter->IsOpen()) {
-        const bool isValid = path.isValid();
-        report_->Fail({kSource, __LINE__}, "the channel file cannot be created",
-                      isValid ? path.fullPath() : fileName, isValid ? exporter->SystemError() : 0);
+        report_->Fail({kSource, __LINE__}, "the channel file cannot be created", path.shownName(),
+                      path.isValid() ? exporter->SystemError() : 0);
         Raise(kOutputFailed);
     }
     return {separation, path.fullPath(), std::move(exporter)};
@@ -70,7 +69,7 @@ void ChannelFiles::StartGathering(const OpenChannel& channel) {
     LogText what;
     what << "channels are written top line first, from " << channel.path
          << " on, for want of their temporary file";
-    report_->Note(Doubt::kReversedData, {kSource, __LINE__}, what.View(), reversedPath_.fullPath(),
+    report_->Note(Doubt::kReversedData, {kSource, __LINE__}, what.View(), reversedPath_.shownName(),
                   reversed_.SystemError());
 }
 
@@ -84,7 +83,7 @@ ChannelFiles::OpenChannel* ChannelFiles::Find(uint32_t separation) {
 bool ChannelFiles::WriteLine(uint32_t separation, const uint8_t* line) {
     if (reversed_.IsOpen()) {
         if (reversed_.Append(line, static_cast<std::size_t>(shape_.lineBytes))) return true;
-        report_->Fail({kSource, __LINE__}, kNotGathered, reversedPath_.fullPath(),
+        report_->Fail({kSource, __LINE__}, kNotGathered, reversedPath_.shownName(),
                       reversed_.SystemError());
         return false;
     }
@@ -115,13 +114,13 @@ bool ChannelFiles::FlushReversed() {
             }
         });
     if (outcome == GatheredData::kNotWritten)
-        report_->Fail({kSource, __LINE__}, kNotGathered, reversedPath_.fullPath(),
+        report_->Fail({kSource, __LINE__}, kNotGathered, reversedPath_.shownName(),
                       reversed_.SystemError());
     if (outcome == GatheredData::kNotReadable) {
         LogText what;
         what << open_.back().path << " lacks lines that cannot be read back";
         report_->Note(Doubt::kShortChannel, {kSource, __LINE__}, what.View(),
-                      reversedPath_.fullPath(), reversed_.SystemError());
+                      reversedPath_.shownName(), reversed_.SystemError());
     }
     return outcome != GatheredData::kNotWritten;
 }

@@ -68,7 +68,7 @@ void WriteHeaderFile(JobReport& report, WriterId writer, const AFilePath& header
     const std::optional<std::string> text = ReadFileText(headerTemplate, kMostTextBytes, &reason);
     if (!text) {
         report.Note(Doubt::kSideFile, {kSource, __LINE__}, "the header template cannot be read",
-                    headerTemplate.fullPath(), reason);
+                    headerTemplate.shownName(), reason);
         return;
     }
     HeaderBuffer buffer;
@@ -78,7 +78,7 @@ void WriteHeaderFile(JobReport& report, WriterId writer, const AFilePath& header
         count = static_cast<std::size_t>(ProcessHeaderTemplate(*text, keywords, buffer, &last));
     } catch (int) {
         report.Fail({kSource, __LINE__}, "a char field of the header template begins with ']'",
-                    headerTemplate.fullPath());
+                    headerTemplate.shownName());
         throw;
     }
     if (count == 0) return;
@@ -86,8 +86,8 @@ void WriteHeaderFile(JobReport& report, WriterId writer, const AFilePath& header
     const WriteOutcome written = ReplaceFileBytes(header, bytes, writer);
     if (!written)
         report.Note(Doubt::kSideFile, {kSource, __LINE__}, "the header cannot be written",
-                    header.fullPath(), written.SystemError);
+                    header.shownName(), written.SystemError);
     if (last.Result == HeaderLineResult::kDoesNotFit)
         report.Note(Doubt::kSideFile, {kSource, __LINE__},
-                    "the header lacks the fields beyond its 2000 bytes", header.fullPath());
+                    "the header lacks the fields beyond its 2000 bytes", header.shownName());
 }

@@ -26,7 +26,7 @@ bool AnyEntry(const int32_t* entries, int32_t count) {
 /// Shows the message; `what` says more of the file that is at fault.
 int32_t CannotCreate(JobReport& report, const char* what, const AFilePath& file, int reason) {
     ShowMessage("Cannot create job ticket file");
-    report.Note(Doubt::kSideFile, {"plugin\\output\\JobTicket", __LINE__}, what, file.fullPath(),
+    report.Note(Doubt::kSideFile, {"plugin\\output\\JobTicket", __LINE__}, what, file.shownName(),
                 reason);
     return 0;
 }

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "PrinterDriver/Common/Xsrc/JobFault.h"
+#include "description/DescriptionLoader.h"
 #include "description/DriverOptions.h"
 #include "host/LogText.h"
 #include "host/QLCopyFile.h"
@@ -62,8 +63,12 @@ int32_t RTL::OpenJob(JobContext* job, int32_t reserved, HostOutput* output,
     pageFolders_.clear();
     endHeaders_.clear();
     if (ReadModelOutputSettings(description_, JobSettings(), model_) == 0) {
-        report_.Fail({kSource, __LINE__}, "the model's description cannot be read",
-                     job->PrinterName);
+        // The message box has said what is wrong with it; this says where to look.
+        LogText what;
+        what << "the description of \"" << std::string_view(job->PrinterName)
+             << "\" cannot be read";
+        report_.Fail({kSource, __LINE__}, what.View(),
+                     FindModelDescriptionFile(job->PrinterName).value_or("ZeComFile.xml"));
         return 0;
     }
     NoteJobDoubts(report_, description_, model_, *job);
@@ -105,10 +110,9 @@ int32_t RTL::OpenPort(const char* folder, const char* sourceName) {
     report_.NameJob(jobName_);
     ForgetSystemError();
     if (!folder_.SetUp(folder, jobName_, model_.CreateFolder != 0)) {
-        const int reason = LastSystemError();
-        const AString& path = folder_.Path().fullPath();
+        const int reason = folder_.Path().isValid() ? LastSystemError() : 0;
         report_.Fail({kSource, __LINE__}, "the job's folder cannot be made",
-                     path.empty() ? jobName_ : path, reason);
+                     folder_.Path().shownName(), reason);
         return 0;
     }
     CopyThumbnail();
@@ -125,12 +129,12 @@ void RTL::CopyThumbnail() {
     const AFilePath copy = folder_.File(PreviewFileName(model_, jobName_));
     int reason = 0;
     const Existence existence = thumbnail.LookFor(&reason);
+    if (existence == Existence::kMissing) return;
     if (existence == Existence::kExists) {
         if (NameOneFile(thumbnail, copy) || QLCopyFile(thumbnail, copy) != 0) return;
         reason = static_cast<int>(GetLastError());
     }
-    report_.Warn({kSource, __LINE__}, "the thumbnail cannot be copied", thumbnail.fullPath(),
-                 reason);
+    report_.Warn({kSource, __LINE__}, "the thumbnail cannot be copied", copy.shownName(), reason);
 }
 
 void RTL::StartPreview() {
@@ -185,9 +189,9 @@ int32_t RTL::StartPage() {
     // From here on files are made.
     ForgetSystemError();
     if (!folder_.MakeTile()) {
-        const int reason = LastSystemError();
+        const int reason = folder_.Path().isValid() ? LastSystemError() : 0;
         report_.Fail({kSource, __LINE__}, "the tile's folder cannot be made",
-                     folder_.Path().fullPath(), reason);
+                     folder_.Path().shownName(), reason);
         Raise(kOutputFailed);
     }
     WarnOfEarlierPage();
@@ -222,7 +226,7 @@ void RTL::ReadWhiteChoice() {
                      state == OptionsState::kMissing
                          ? "the white choice is missing, the model's default serves"
                          : "the white choice cannot be read, the model's default serves",
-                     place.Path.fullPath(), place.SystemError);
+                     place.Path.shownName(), place.SystemError);
     NotePageDoubts();
     if (!isRead && report_.IsStrict()) LoadDriverOptions(options_, kReadOptions);
 }
@@ -307,7 +311,7 @@ int32_t RTL::WriteHeader() {
     const AFilePath path = HeaderPath();
     if (model_.HeaderAtEndRip != 0 && !endHeaders_.insert(path.fullPath()).second)
         report_.Warn({kSource, __LINE__}, "the header takes the place of an earlier page's",
-                     path.fullPath());
+                     path.shownName());
     WriteHeaderFile(report_, writer_, HeaderTemplatePath(model_), path, PageHeaderKeywords());
     return 1;
 }
@@ -333,7 +337,7 @@ void RTL::CheckDiskSpace() {
     ShowResMessage(kDiskSpaceMessage, MB_OK, static_cast<HWND>(job_->Status->OwnerWindow), nullptr);
     LogText what;
     what << "the page needs " << static_cast<int64_t>(required) << " bytes, which are not free";
-    report_.Fail({kSource, __LINE__}, what.View(), folder_.Path().fullPath());
+    report_.Fail({kSource, __LINE__}, what.View(), folder_.Path().shownName());
     Raise(kOutputFailed);
 }
 

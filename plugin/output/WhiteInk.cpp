@@ -96,7 +96,7 @@ void WhiteInk::GiveUp() {
     union_.Discard();
     lines_ = {};
     report_->Note(Doubt::kWhiteUnion, {"plugin\\output\\WhiteInk", __LINE__},
-                  "the white file gets no lines, their union is lost", path_.fullPath(), reason);
+                  "the white file gets no lines, their union is lost", path_.shownName(), reason);
 }
 
 bool WhiteInk::StartReading(LineReader& reader, bool bottomLineFirst) {
@@ -126,13 +126,13 @@ bool WhiteInk::OpenReady() {
     constexpr LogPlace kPlace = {"plugin\\output\\WhiteInk", __LINE__};
     ForgetSystemError();
     if (!path_.isValid() || !ready_.Open(path_.fullPath().c_str())) {
-        report_->Note(Doubt::kReadyWhite, kPlace, "no white stands ready", path_.fullPath(),
+        report_->Note(Doubt::kReadyWhite, kPlace, "no white stands ready", path_.shownName(),
                       LastSystemError());
         return false;
     }
     if (static_cast<int64_t>(ready_.Size()) != lineBytes_ * heightLines_)
         report_->Note(Doubt::kReadyWhite, kPlace,
-                      "the white that stands ready is not of the page's size", path_.fullPath());
+                      "the white that stands ready is not of the page's size", path_.shownName());
     return true;
 }
 
@@ -149,7 +149,7 @@ void WhiteInk::EndReading(const LineReader& reader) {
     Discard();
     if (!reader.HasFailed()) return;
     report_->Note(Doubt::kWhiteUnion, {"plugin\\output\\WhiteInk", __LINE__},
-                  "the white file ends early, its lines cannot be read back", path_.fullPath(),
+                  "the white file ends early, its lines cannot be read back", path_.shownName(),
                   reason);
 }
 

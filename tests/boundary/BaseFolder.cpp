@@ -37,6 +37,10 @@ BaseFolder::BaseFolder() {
     setenv("QL_BASE_FOLDER", Base().c_str(), 1);
     setenv("QL_MESSAGE_FILE", (root_ / "messages").c_str(), 1);
     setenv("QL_LOG_FILE", (root_ / "log").c_str(), 1);
+    for (const char* name :
+         {"QL_DIALOG_SCRIPT", "QL_CODE_PAGE", "QL_STRICT", "DISPLAY", "WAYLAND_DISPLAY"}) {
+        unsetenv(name);
+    }
 }
 
 BaseFolder::~BaseFolder() {

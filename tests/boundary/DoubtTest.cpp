@@ -141,8 +141,7 @@ Outcome DoubtTest::Do(Order order, const char* strict) {
     EXPECT_TRUE(job.HasEnded());
     EXPECT_EQ(OpenFiles(), openBefore) << "left open";
     for (const std::string& name : Listing(folder.Root())) {
-        const bool isTemporary =
-            name.starts_with("base/Temp/") || name.ends_with(".part") || name.ends_with(".tmp");
+        const bool isTemporary = name.starts_with("base/Temp/") || name.ends_with(".tmp");
         EXPECT_TRUE(!isTemporary || name.ends_with('/') ||
                     ReadText(folder.Root() / name) == kTheirs)
             << name;

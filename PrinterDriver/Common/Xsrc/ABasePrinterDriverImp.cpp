@@ -145,9 +145,8 @@ void ABasePrinterDriverImp::EndJobEarly() {
 int32_t ABasePrinterDriverImp::OpenPort(const char* folder, const char* sourceName) {
     if (writer_ == nullptr) return 0;
     if (!HasRunningJob()) return 1;
-    if (AnswerJobCall("OpenPort", [&] { return writer_->OpenPort(folder, sourceName); }) == 0) {
-        job_->Status->JobState = JobStatusRecord::kJobEnded;
-    }
+    if (AnswerJobCall("OpenPort", [&] { return writer_->OpenPort(folder, sourceName); }) == 0)
+        EndJobEarly();
     return 1;
 }
 

@@ -66,7 +66,7 @@ void APageBaseRTL::OpenContainer() {
         existence = path.LookFor(&reason);
     }
     if (existence != Existence::kExists) {
-        report_.Fail({kSource, __LINE__}, "there is no job container", path.fullPath(), reason);
+        report_.Fail({kSource, __LINE__}, "there is no job container", path.shownName(), reason);
         Raise(kNoContainer);
     }
     pageImage_ = nullptr;
