@@ -14,12 +14,6 @@ bool IsBlank(std::string_view text) {
     return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
 }
 
-/// Documents in 8-bit encodings hold no NUL; pugixml would read up to the first and be content.
-std::size_t EarlyEnd(pugi::xml_encoding encoding, std::string_view bytes) {
-    const bool bytewise = encoding == pugi::encoding_utf8 || encoding == pugi::encoding_latin1;
-    return bytewise ? bytes.find('\0') : std::string_view::npos;
-}
-
 /// What the top level holds beyond that of a document: one element, and no text beside it.
 std::optional<XmlFault> TopLevelFault(const pugi::xml_node& top) {
     bool hasRoot = false;
@@ -35,24 +29,28 @@ std::optional<XmlFault> TopLevelFault(const pugi::xml_node& top) {
     return std::nullopt;
 }
 
-std::optional<XmlFault> FaultOf(const pugi::xml_parse_result& result, std::string_view bytes,
+std::optional<XmlFault> FaultOf(const pugi::xml_parse_result& result, std::string_view text,
                                 const pugi::xml_node& top) {
     if (!result) return XmlFault{result.description(), result.offset};
-    const std::size_t end = EarlyEnd(result.encoding, bytes);
-    if (end != std::string_view::npos) {
-        return XmlFault{"a zero byte", static_cast<std::ptrdiff_t>(end)};
-    }
+    // pugixml would read up to it and be content.
+    const std::size_t zero = text.find('\0');
+    if (zero != std::string_view::npos)
+        return XmlFault{"a zero byte", static_cast<std::ptrdiff_t>(zero)};
     return TopLevelFault(top);
 }
 
 }  // namespace
 
-XmlOutcome ReadXml(std::string_view bytes, pugi::xml_document& document) {
+XmlText ReadXml(std::string_view bytes, pugi::xml_document& document) {
+    XmlText text = DecodeXml(bytes);
+    document.reset();
+    if (text.Fault) return text;
+    const std::string_view utf8 = text.Utf8 ? *text.Utf8 : bytes;
     const pugi::xml_parse_result result =
-        document.load_buffer(bytes.data(), bytes.size(), kParseFlags);
-    XmlOutcome outcome = {FaultOf(result, bytes, document), result.encoding};
-    if (outcome.Fault) document.reset();
-    return outcome;
+        document.load_buffer(utf8.data(), utf8.size(), kParseFlags, pugi::encoding_utf8);
+    text.Fault = FaultOf(result, utf8, document);
+    if (text.Fault) document.reset();
+    return text;
 }
 
 pugi::xml_node FirstElement(pugi::xml_node node) {

@@ -2,11 +2,23 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 
 namespace {
 
 bool IsContinuation(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
+
+/// ASCII bytes at the start of `text`, as many as whole words of them.
+std::size_t AsciiBytes(std::string_view text) {
+    constexpr uint64_t kHighBits = 0x8080808080808080;
+    std::size_t at = 0;
+    for (uint64_t word = 0; at + sizeof word <= text.size(); at += sizeof word) {
+        std::memcpy(&word, text.data() + at, sizeof word);
+        if ((word & kHighBits) != 0) break;
+    }
+    return at;
 }
 
 /// Bytes that a character has by its first one; 0 for a byte that starts none.
@@ -40,11 +52,13 @@ bool IsCutUtf8Character(std::string_view text) noexcept {
            std::all_of(text.begin() + 1, text.end(), IsContinuation);
 }
 
-bool IsUtf8(std::string_view text) noexcept {
-    while (!text.empty()) {
-        const std::size_t bytes = Utf8CharacterBytes(text);
-        if (bytes == 0) return false;
-        text.remove_prefix(bytes);
+std::size_t Utf8PrefixBytes(std::string_view text) noexcept {
+    std::size_t at = 0;
+    while (at < text.size()) {
+        at += AsciiBytes(text.substr(at));
+        const std::size_t bytes = at < text.size() ? Utf8CharacterBytes(text.substr(at)) : 0;
+        if (bytes == 0) break;
+        at += bytes;
     }
-    return true;
+    return at;
 }

@@ -10,5 +10,5 @@ std::size_t Utf8CharacterBytes(std::string_view text) noexcept;
 /// Whether `text`, which is not empty, may be a character's beginning that was cut behind it.
 bool IsCutUtf8Character(std::string_view text) noexcept;
 
-/// Whether a text is UTF-8 from end to end.
-bool IsUtf8(std::string_view text) noexcept;
+/// How many bytes from the start of a text are UTF-8.
+std::size_t Utf8PrefixBytes(std::string_view text) noexcept;

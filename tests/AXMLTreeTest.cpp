@@ -1,6 +1,8 @@
 #include "host/AXMLTree.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
+#include <iconv.h>
 #include <sys/stat.h>
 #include <zlib.h>
 
@@ -118,6 +120,103 @@ TEST(AXMLTree, TextsAreInTheCodePage) {
     ASSERT_EQ(tree.saveToFile(folder.Path("d.xml")), 1);
     unsetenv("QL_CODE_PAGE");
     EXPECT_EQ(folder.Read("d.xml"), "<r n=\"ä\">漢!<ü n=\"€\">ß</ü></r>");
+}
+
+/// UTF-8 in another encoding, as the system converts it.
+std::string In(const char* encoding, std::string text) {
+    const iconv_t converter = iconv_open(encoding, "UTF-8");
+    std::string out(text.size() * 4 + 4, '\0');
+    char* from = text.data();
+    char* to = out.data();
+    std::size_t fromLeft = text.size();
+    std::size_t toLeft = out.size();
+    iconv(converter, &from, &fromLeft, &to, &toLeft);
+    iconv_close(converter);
+    return out.substr(0, out.size() - toLeft);
+}
+
+/// "<?xml … encoding='NAME'?>" and a root with this text, in that encoding.
+std::string Declared(const char* name, const char* encoding, const std::string& text = "漢ä") {
+    return In(encoding, fmt::format("<?xml version='1.0' encoding=\"{}\"?><a>{}</a>", name, text));
+}
+
+TEST(AXMLTree, ReadsTheEncodingThatADocumentHas) {
+    const std::string mark = "\xEF\xBB\xBF";
+    const std::string plain = "\n<a>漢ä</a>";
+    const std::string cases[] = {
+        plain,
+        mark + plain,
+        mark + Declared("utf-8", "UTF-8"),
+        Declared("UTF8", "UTF-8"),
+        "<?xml version='1.0'?><a>漢ä</a>",
+        "<?xml-x encoding='GBK'?><a>漢ä</a>",
+        In("UTF-16LE", plain),
+        In("UTF-16BE", plain),
+        In("UTF-16LE", mark + plain),
+        In("UTF-16BE", mark + plain),
+        In("UTF-32LE", plain),
+        In("UTF-32BE", mark + plain),
+        Declared("UTF-16", "UTF-16LE"),
+        Declared("utf-16", "UTF-16BE"),
+        Declared("UTF-16BE", "UTF-16BE"),
+        In("UTF-16BE", mark) + Declared("UTF-16", "UTF-16BE"),
+        Declared("UTF-32", "UTF-32BE"),
+        Declared("GB18030", "GB18030"),
+        Declared("EUC-JISX0213", "EUC-JISX0213"),
+        "\r\n" + Declared("GB18030", "GB18030"),
+    };
+    for (const std::string& bytes : cases) {
+        AXMLTree tree("RootElement");
+        EXPECT_EQ(tree.loadXML(bytes, 1), 1) << bytes;
+        EXPECT_EQ(tree.getValue(Root(tree)), "漢ä") << bytes;
+    }
+    const struct {
+        const char* name;
+        const char* text;
+    } pages[] = {{"Shift_JIS", "表ソ"},  {"Big5", "功"},       {"euc-kr", "한"},
+                 {"windows-1251", "Жы"}, {"ISO-8859-15", "€"}, {"IBM037", "ä"}};
+    for (const auto& [name, text] : pages) {
+        AXMLTree tree("RootElement");
+        EXPECT_EQ(tree.loadXML(Declared(name, name, text), 1), 1) << name;
+        EXPECT_EQ(tree.getValue(Root(tree)), text) << name;
+    }
+}
+
+TEST(AXMLTree, RefusesBytesThatAreNotInItsEncoding) {
+    const std::string cases[] = {
+        "<a>\xE4</a>",
+        "<a>\xC0\xAF</a>",
+        "<a>\xED\xA0\x80</a>",
+        "<a/><!--\xFF-->",
+        Declared("utf-8", "ISO-8859-1", "ä"),
+        Declared("US-ASCII", "UTF-8"),
+        Declared("Shift_JIS", "UTF-8", "\x83"),
+        Declared("klingon", "UTF-8", ""),
+        Declared("ISO-8859-1//IGNORE", "UTF-8", ""),
+        Declared("", "UTF-8", ""),
+        // Declared in bytes that it cannot have.
+        Declared("UTF-16", "UTF-8", ""),
+        Declared("UTF-16BE", "UTF-16LE", ""),
+        Declared("UTF-8", "UTF-16LE", ""),
+        Declared("ISO-8859-1", "UTF-16LE", ""),
+        "\xEF\xBB\xBF" + Declared("windows-1252", "UTF-8", ""),
+        // Half of a character at the end, and half of a pair.
+        In("UTF-16LE", "<a/>") + "x",
+        In("UTF-16LE", "<a>") + std::string("\0\xD8", 2) + In("UTF-16LE", "</a>"),
+    };
+    for (const std::string& bytes : cases) {
+        AXMLTree tree("RootElement");
+        EXPECT_EQ(tree.loadXML(bytes, 1), bytes == cases[9] ? 1 : 0) << bytes;
+    }
+    AXMLTree tree("RootElement");
+    const std::string most = "<a>" + std::string(64 * 1024 * 1024 - 7, ' ') + "</a>";
+    EXPECT_EQ(tree.loadXML(most, 1), 1);
+    EXPECT_EQ(tree.loadXML(most + ' ', 1), 0) << "too large";
+    const std::string wide = Declared("ISO-8859-1", "ISO-8859-1", "");
+    EXPECT_EQ(
+        tree.loadXML(wide.substr(0, wide.size() - 4) + std::string(36'000'000, '\xE4') + "</a>", 1),
+        1);
+    EXPECT_EQ(tree.getValue(Root(tree)).size(), 72'000'000U);
 }
 
 TEST(AXMLTree, DeepDocumentsDoNotHurt) {

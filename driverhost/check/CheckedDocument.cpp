@@ -7,10 +7,10 @@
 #include <map>
 #include <set>
 
-#include "driverhost/check/EncodingCheck.h"
 #include "host/FileBytes.h"
 #include "host/Gzip.h"
 #include "host/Numbers.h"
+#include "host/XmlReading.h"
 
 namespace fs = std::filesystem;
 
@@ -82,13 +82,11 @@ bool CheckedDocument::Load(const AFilePath& path, Form form) {
         return refused(fmt::format("not checked: {} tags and attributes are no model data", parts));
     }
     bytes_ = std::move(*bytes);
-    const XmlOutcome outcome = ReadXml(bytes_, document_);
-    positions_.emplace(Utf8Form(bytes_, outcome.Encoding));
+    const XmlText text = ReadXml(bytes_, document_);
+    positions_.emplace(text.Utf8.value_or(bytes_));
     root_ = FirstElement(document_.first_child());
-    std::optional<XmlFault> fault = outcome.Fault;
-    if (!fault) fault = EncodingFault(bytes_, outcome.Encoding);
-    if (!fault) return true;
-    Add(Severity::kError, fault->Offset, "no XML document: " + fault->Reason);
+    if (!text.Fault) return true;
+    Add(Severity::kError, text.Fault->Offset, "no XML document: " + text.Fault->Reason);
     return false;
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <pugixml.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,6 +22,3 @@ class TextPositions {
     std::string text_;
     std::vector<std::size_t> lineStarts_;
 };
-
-/// The UTF-8 form of a document's bytes, in which pugixml counts its offsets.
-std::string Utf8Form(std::string_view bytes, pugi::xml_encoding encoding);

@@ -21,7 +21,7 @@ std::size_t BytesIn(const CodePageSet& page, std::string_view text) {
 /// A UTF-8 text with a '?' for each byte that is none.
 std::string Mended(std::string_view text) {
     std::string out(text);
-    for (std::size_t at = 0; at < out.size();
+    for (std::size_t at = Utf8PrefixBytes(text); at < out.size();
          at += Utf8BytesOrOne(std::string_view(out).substr(at)))
         if (Utf8CharacterBytes(std::string_view(out).substr(at)) == 0) out[at] = '?';
     return out;
@@ -59,7 +59,10 @@ std::string AnsiToUtf8(std::string_view text) {
 
 std::optional<std::string> ExactAnsiToUtf8(std::string_view text) {
     const CodePageSet page = CurrentCodePage();
-    if (page.Name == nullptr) return IsUtf8(text) ? std::optional<std::string>(text) : std::nullopt;
+    if (page.Name == nullptr) {
+        const bool isUtf8 = Utf8PrefixBytes(text) == text.size();
+        return isUtf8 ? std::optional<std::string>(text) : std::nullopt;
+    }
     Converter converter(kUtf8, page.Name);
     std::string out;
     if (!text.empty() && converter.Run(text, out) != 0) return std::nullopt;
