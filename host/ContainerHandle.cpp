@@ -19,29 +19,83 @@ std::uint64_t MostAllocation(const RandomAccessFile& file) {
     return file.Size() + kDecoderBytes;
 }
 
-}  // namespace
-
-ContainerHandle::ContainerHandle(const RandomAccessFile& file, uint64_t offset)
-    : client_(file), tiff_(OpenTiff(client_, kOpenMode, MostAllocation(file))) {
-    if (tiff_ != nullptr && TIFFSetSubDirectory(tiff_.get(), offset) == 0) tiff_.reset();
+/// Whether libtiff holds a value of the tag. One that it has no memory for may be there as a null
+/// pointer.
+bool IsDelivered(TIFF* tiff, const ContainerTag& tag) {
+    // Room for whatever the tag's kind writes: numbers, a pointer, or a count and a pointer.
+    const void* values[2] = {};
+    if (TIFFGetField(tiff, tag.number, &values[0], &values[1]) == 0) return false;
+    const TIFFField* const field = TIFFFindField(tiff, tag.number, TIFF_ANY);
+    if (TIFFFieldPassCount(field) != 0) return values[1] != nullptr;
+    return TIFFFieldDataType(field) != TIFF_ASCII || values[0] != nullptr;
 }
 
-tmsize_t ContainerHandle::Reader::Read(void* data, tmsize_t count) {
+}  // namespace
+
+ContainerHandle::ContainerHandle(const RandomAccessFile& file, const ContainerDirectory& directory)
+    : client_(file), tiff_(OpenTiff(client_, kOpenMode, MostAllocation(file))) {
+    const bool isRead = tiff_ != nullptr &&
+                        TIFFSetSubDirectory(tiff_.get(), directory.offset) != 0 &&
+                        client_.ReadError() == 0;
+    if (!isRead)
+        failure_ = CallFailure("a directory cannot be read");
+    else if (!HasEveryTag(directory))
+        failure_ = ContainerFailure("a tag of a directory cannot be read");
+    if (failure_.text[0] != '\0') tiff_.reset();
+}
+
+bool ContainerHandle::HasEveryTag(const ContainerDirectory& directory) const {
+    uint16_t compression = COMPRESSION_NONE;
+    TIFFGetField(tiff_.get(), TIFFTAG_COMPRESSION, &compression);
+    for (std::size_t i = 0; i < directory.tags.size(); ++i) {
+        const ContainerTag& tag = kContainerTags[i];
+        const auto* const end = tag.compressions.end();
+        const bool isKnown = tag.compressions[0] == 0 ||
+                             std::find(tag.compressions.begin(), end, compression) != end;
+        if (directory.tags.test(i) && isKnown && !IsDelivered(tiff_.get(), tag)) return false;
+    }
+    return true;
+}
+
+void ContainerHandle::StartCalls() {
+    client_.ForgetComplaints();
+    client_.ForgetReadError();
+}
+
+ContainerFailure ContainerHandle::CallFailure(std::string_view otherwise) const {
+    return client_.ReadError() == 0
+               ? ContainerFailure(otherwise)
+               : ContainerFailure("the file cannot be read", client_.ReadError());
+}
+
+ContainerHandle::Reader::Reader(const RandomAccessFile& file)
+    : file_(file),
+      window_(static_cast<std::size_t>(std::min<uint64_t>(file.Size(), kWindowBytes))) {}
+
+tmsize_t ContainerHandle::Reader::Read(void* data, tmsize_t count) noexcept {
     if (count < 0) return -1;
     const auto wanted = static_cast<std::size_t>(count);
     const std::size_t got =
-        wanted >= kWindowBytes ? file_.ReadAt(position_, data, wanted) : FromWindow(data, wanted);
+        wanted >= kWindowBytes ? ReadFile(position_, data, wanted) : FromWindow(data, wanted);
     position_ += got;
     return static_cast<tmsize_t>(got);
+}
+
+std::size_t ContainerHandle::Reader::ReadFile(uint64_t offset, void* data, std::size_t count) {
+    if (offset >= file_.Size()) return 0;
+    const auto most = static_cast<std::size_t>(std::min<uint64_t>(count, file_.Size() - offset));
+    int error = 0;
+    const std::size_t got = file_.ReadAt(offset, data, most, &error);
+    if (error != 0) readError_ = error;
+    return got;
 }
 
 std::size_t ContainerHandle::Reader::FromWindow(void* data, std::size_t count) {
     const bool isInside = position_ >= windowOffset_ && position_ - windowOffset_ <= windowCount_ &&
                           count <= windowCount_ - (position_ - windowOffset_);
     if (!isInside) {
-        window_.resize(kWindowBytes);
         windowOffset_ = position_;
-        windowCount_ = file_.ReadAt(position_, window_.data(), window_.size());
+        windowCount_ = ReadFile(position_, window_.data(), window_.size());
     }
     const auto start = static_cast<std::size_t>(position_ - windowOffset_);
     const std::size_t given = std::min(count, windowCount_ - start);
@@ -49,11 +103,11 @@ std::size_t ContainerHandle::Reader::FromWindow(void* data, std::size_t count) {
     return given;
 }
 
-tmsize_t ContainerHandle::Reader::Write(void* /*data*/, tmsize_t /*count*/) {
+tmsize_t ContainerHandle::Reader::Write(void* /*data*/, tmsize_t /*count*/) noexcept {
     return -1;  // a container is only read
 }
 
-toff_t ContainerHandle::Reader::Seek(toff_t offset, int origin) {
+toff_t ContainerHandle::Reader::Seek(toff_t offset, int origin) noexcept {
     const toff_t from = origin == SEEK_SET ? 0 : origin == SEEK_CUR ? position_ : file_.Size();
     position_ = from + offset;
     return position_;

@@ -2,12 +2,14 @@
 
 #include <cstddef>
 #include <iterator>
+#include <string_view>
 #include <unordered_set>
 
 namespace {
 
 // Tags, from the TIFF 6.0 format.
 constexpr uint64_t kImageWidth = 256;
+constexpr uint64_t kImageLength = 257;
 constexpr uint64_t kStripOffsets = 273;
 constexpr uint64_t kStripByteCounts = 279;
 constexpr uint64_t kPageNumber = 297;
@@ -41,28 +43,39 @@ class ChainReader {
   public:
     explicit ChainReader(const RandomAccessFile& file) : file_(file) {}
 
-    std::vector<ContainerDirectory> Walk() {
-        std::vector<ContainerDirectory> directories;
+    DirectoryChain Walk() {
+        DirectoryChain chain;
         uint64_t offset = 0;
-        if (!ReadHeader(offset)) return directories;
         std::unordered_set<uint64_t> met;
+        if (!ReadHeader(offset)) NoteFailure("the file is no TIFF");
         while (offset != 0) {
             ContainerDirectory directory;
             directory.offset = offset;
             uint64_t next = 0;
-            if (!met.insert(offset).second || !ReadDirectory(directory, next)) {
-                if (!directories.empty()) directories.back().hasDamagedLink = true;
+            const bool isNew = met.insert(offset).second;
+            if (!isNew) NoteFailure("a directory link leads back");
+            if (!isNew || !ReadDirectory(directory, next)) {
+                if (!chain.directories.empty()) chain.directories.back().hasDamagedLink = true;
                 break;
             }
-            directories.push_back(directory);
+            chain.directories.push_back(directory);
             offset = next;
         }
-        return directories;
+        chain.failure = failure_;
+        return chain;
     }
 
   private:
-    bool Read(uint64_t offset, void* bytes, std::size_t count) const {
-        return file_.ReadAt(offset, bytes, count) == count;
+    /// A read that failed at the system has been noted before.
+    void NoteFailure(std::string_view what) {
+        if (failure_.systemError == 0) failure_ = ContainerFailure(what);
+    }
+
+    bool Read(uint64_t offset, void* bytes, std::size_t count) {
+        int error = 0;
+        const bool isWhole = file_.ReadAt(offset, bytes, count, &error) == count;
+        if (error != 0) failure_ = ContainerFailure("the file cannot be read", error);
+        return isWhole;
     }
 
     bool ReadHeader(uint64_t& firstOffset) {
@@ -87,11 +100,17 @@ class ChainReader {
 
     /// Reads a directory and the link behind its entries; false when none can stand there.
     bool ReadDirectory(ContainerDirectory& directory, uint64_t& next) {
+        const bool isInside =
+            directory.offset >= layout_.headerBytes && directory.offset < file_.Size();
+        if (isInside && ReadEntries(directory, next) && TakeEntries(directory)) return true;
+        NoteFailure(isInside ? "a directory link leads to no directory"
+                             : "a directory link leads outside the file");
+        return false;
+    }
+
+    bool ReadEntries(const ContainerDirectory& directory, uint64_t& next) {
         uint8_t countBytes[8] = {};
-        if (directory.offset < layout_.headerBytes || directory.offset >= file_.Size() ||
-            !Read(directory.offset, countBytes, layout_.countBytes)) {
-            return false;
-        }
+        if (!Read(directory.offset, countBytes, layout_.countBytes)) return false;
         const uint64_t count = layout_.Number(countBytes, layout_.countBytes);
         const uint64_t start = directory.offset + layout_.countBytes;
         if (count == 0 || count > (file_.Size() - start) / layout_.entryBytes) return false;
@@ -103,12 +122,13 @@ class ChainReader {
         entries_.resize(static_cast<std::size_t>(bytes));
         if (!Read(start, entries_.data(), entries_.size())) return false;
         next = layout_.Number(entries_.data() + bytes - layout_.offsetBytes, layout_.offsetBytes);
-        return TakeEntries(directory);
+        return true;
     }
 
     /// False when the entries are not those of an image, nor of a page.
     bool TakeEntries(ContainerDirectory& directory) const {
         bool hasWidth = false;
+        bool hasPageNumber = false;
         const uint8_t* const end = entries_.data() + entries_.size() - layout_.offsetBytes;
         for (const uint8_t* entry = entries_.data(); entry < end; entry += layout_.entryBytes) {
             const uint64_t tag = layout_.Number(entry, 2);
@@ -118,13 +138,26 @@ class ChainReader {
             if (tag == kImageWidth) hasWidth = true;
             if (tag == kStripOffsets) directory.stripOffsetCount = count;
             if (tag == kStripByteCounts) directory.stripSizeCount = count;
-            if (!IsInFile(type, count, value)) directory.hasLostEntry = true;
-            if (tag == kPageNumber && type == kShortType && count == 2) {
-                directory.pageNumber = static_cast<uint16_t>(layout_.Number(value, 2));
-                directory.pageCount = static_cast<uint16_t>(layout_.Number(value + 2, 2));
-            }
+            if (!IsInFile(type, count, value))
+                directory.damage = "values of a directory stand outside the file";
+            if ((tag == kImageWidth || tag == kImageLength) && IsZero(value))
+                directory.damage = "a separation has a size of 0";
+            for (std::size_t i = 0; i < std::size(kContainerTags); ++i)
+                if (tag == kContainerTags[i].number) directory.tags.set(i);
+            if (tag != kPageNumber) continue;
+            hasPageNumber = true;
+            if (type != kShortType || count != 2) continue;
+            directory.pageNumber = static_cast<uint16_t>(layout_.Number(value, 2));
+            directory.pageCount = static_cast<uint16_t>(layout_.Number(value + 2, 2));
         }
-        return hasWidth || directory.pageNumber.has_value();
+        if (hasPageNumber && !directory.pageNumber)
+            directory.damage = "the page number of a directory cannot be read";
+        return hasWidth || hasPageNumber;
+    }
+
+    /// Whether an entry's value, which stands in the entry, is 0.
+    bool IsZero(const uint8_t* value) const {
+        return layout_.Number(value, layout_.offsetBytes) == 0;
     }
 
     bool IsInFile(uint64_t type, uint64_t count, const uint8_t* value) const {
@@ -137,6 +170,7 @@ class ChainReader {
     }
 
     const RandomAccessFile& file_;
+    ContainerFailure failure_;
     Layout layout_ = kClassic;
     std::vector<uint8_t> entries_;  // and the link behind them
     uint64_t directoryBytes_ = 0;   // of all directories so far
@@ -144,6 +178,6 @@ class ChainReader {
 
 }  // namespace
 
-std::vector<ContainerDirectory> ReadDirectoryChain(const RandomAccessFile& file) {
+DirectoryChain ReadDirectoryChain(const RandomAccessFile& file) {
     return ChainReader(file).Walk();
 }

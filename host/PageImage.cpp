@@ -7,13 +7,18 @@
 
 std::unique_ptr<RowSource> OpenRowSource(const RandomAccessFile& file,
                                          const ContainerDirectory& directory,
-                                         const SeparationFormat& format) {
+                                         const SeparationFormat& format,
+                                         ContainerFailure& failure) {
     // With fewer strips than its rows fill, the height or the strips' is wrong, and a row that can
     // be read need not be the one that was asked for.
     const uint64_t strips = format.StripCount();
-    if (directory.stripOffsetCount < strips || directory.stripSizeCount < strips) return nullptr;
-    return format.compression == COMPRESSION_NONE ? OpenPlainRows(file, directory, format)
-                                                  : OpenDecodedRows(file, directory, format);
+    if (directory.stripOffsetCount < strips || directory.stripSizeCount < strips) {
+        failure = ContainerFailure("a separation has fewer strips than its rows fill");
+        return nullptr;
+    }
+    return format.compression == COMPRESSION_NONE
+               ? OpenPlainRows(file, directory, format, failure)
+               : OpenDecodedRows(file, directory, format, failure);
 }
 
 PageImage::Separation::Separation(const ContainerDirectory& of, SeparationFormat read)
@@ -22,21 +27,30 @@ PageImage::Separation::Separation(const ContainerDirectory& of, SeparationFormat
       colorant(format.displayName, format.internalName, format.depth) {}
 
 std::unique_ptr<PageImage> PageImage::Open(const RandomAccessFile& file,
-                                           std::span<const ContainerDirectory> directories) {
+                                           std::span<const ContainerDirectory> directories,
+                                           ContainerFailure& failure) {
     std::unique_ptr<PageImage> image(new PageImage(file));
     for (const ContainerDirectory& directory : directories) {
-        if (!image->Add(directory)) return nullptr;
+        if (image->Add(directory)) continue;
+        failure = image->Failure();
+        return nullptr;
     }
-    return image->separations_.empty() ? nullptr : std::move(image);
+    return image;
 }
 
 bool PageImage::Add(const ContainerDirectory& directory) {
-    const ContainerHandle handle(file_, directory.offset);
+    if (directory.damage != nullptr) {
+        failure_ = ContainerFailure(directory.damage);
+        return false;
+    }
+    const ContainerHandle handle(file_, directory);
+    failure_ = handle.Failure();
     if (handle.Tiff() == nullptr) return false;
     std::optional<SeparationFormat> format =
-        ReadSeparationFormat(handle.Tiff(), directory, file_.Size());
+        ReadSeparationFormat(handle.Tiff(), file_.Size(), failure_);
     if (!format) return false;
     if (!separations_.empty() && (format->widthPixels != Width() || format->rows != Rows())) {
+        failure_ = ContainerFailure("the page's separations differ in size");
         return false;
     }
     separations_.push_back(std::make_unique<Separation>(directory, std::move(*format)));
@@ -58,10 +72,22 @@ int32_t PageImage::ReadRow(uint32_t separation, int32_t row, int32_t count, uint
 }
 
 const uint8_t* PageImage::Row(uint32_t separation, int32_t row) {
-    if (separation >= separations_.size() || row < 0 || row >= Rows()) return nullptr;
+    if (separation >= separations_.size() || row < 0 || row >= Rows()) {
+        failure_ = ContainerFailure("the page has no such row");
+        return nullptr;
+    }
     Separation& from = *separations_[separation];
     if (finished_ != nullptr && finished_ != &from) finished_->rows.reset();
-    if (from.rows == nullptr) from.rows = OpenRowSource(file_, from.directory, from.format);
-    finished_ = row == Rows() - 1 ? &from : nullptr;
-    return from.rows == nullptr ? nullptr : from.rows->Row(static_cast<uint32_t>(row));
+    finished_ = nullptr;
+    if (from.rows == nullptr)
+        from.rows = OpenRowSource(file_, from.directory, from.format, failure_);
+    if (from.rows == nullptr) return nullptr;
+    const uint8_t* const bytes = from.rows->Row(static_cast<uint32_t>(row));
+    if (bytes == nullptr) {
+        failure_ = from.rows->Failure();
+        from.rows.reset();  // who asks again gets a new one
+    } else if (row == Rows() - 1) {
+        finished_ = &from;
+    }
+    return bytes;
 }

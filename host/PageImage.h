@@ -15,10 +15,12 @@
 /// after the other do.
 class PageImage final : public AImage {
   public:
-    /// The page of these directories; null when any cannot be read, is no separation, or differs
-    /// from the others in size. The arguments are borrowed for the image's life.
+    /// The page of these directories, one or more; null when any cannot be read, is no separation,
+    /// or differs from the others in size, and `failure` says which. The others are borrowed for
+    /// the image's life.
     static std::unique_ptr<PageImage> Open(const RandomAccessFile& file,
-                                           std::span<const ContainerDirectory> directories);
+                                           std::span<const ContainerDirectory> directories,
+                                           ContainerFailure& failure);
 
     void GetSeparations(AObList<AColorant>& separations) override;
     int32_t Width() const override { return separations_.front()->format.widthPixels; }
@@ -43,6 +45,6 @@ class PageImage final : public AImage {
 
     const RandomAccessFile& file_;
     std::vector<std::unique_ptr<Separation>> separations_;  // at least one
-    ContainerFailure failure_ = ContainerFailure("a row cannot be read");
+    ContainerFailure failure_;
     Separation* finished_ = nullptr;  // its last row was read, and may still be looked at
 };

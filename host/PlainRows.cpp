@@ -16,11 +16,12 @@ class PlainRows final : public RowSource {
               const SeparationFormat& format)
         : file_(file),
           format_(format),
-          handle_(file, directory.offset),
+          handle_(file, directory),
           rowBytes_(static_cast<std::size_t>(format.RowBytes())),
-          blockRows_(std::clamp<uint64_t>(kBlockBytes / rowBytes_, 1, uint64_t(format.rows))) {}
+          blockRows_(std::clamp<uint64_t>(kBlockBytes / rowBytes_, 1, uint64_t(format.rows))),
+          block_(rowBytes_ * blockRows_) {}
 
-    bool IsOpen() const { return handle_.Tiff() != nullptr; }
+    const ContainerHandle& Handle() const { return handle_; }
 
     const uint8_t* Row(uint32_t row) override {
         if (row < firstRow_ || row >= firstRow_ + rowCount_) {
@@ -40,8 +41,8 @@ class PlainRows final : public RowSource {
 
     bool ReadBlock(uint64_t firstRow, uint64_t mostRows) {
         const uint64_t end = std::min(firstRow + mostRows, uint64_t(format_.rows));
-        block_.resize(rowBytes_ * blockRows_);
         rowCount_ = 0;
+        handle_.StartCalls();
         Stretch stretch;
         for (uint64_t row = firstRow; row < end;) {
             const uint64_t strip = row / format_.rowsPerStrip;
@@ -66,16 +67,25 @@ class PlainRows final : public RowSource {
     bool Locate(uint32_t strip, uint64_t row, uint64_t rows, uint64_t& offset) {
         int failed = 0;
         const uint64_t start = TIFFGetStrileOffsetWithErr(handle_.Tiff(), strip, &failed);
-        if (failed != 0 || start == 0 || start >= file_.Size()) return false;
-        const uint64_t size = TIFFGetStrileByteCountWithErr(handle_.Tiff(), strip, &failed);
+        const uint64_t size =
+            failed != 0 ? 0 : TIFFGetStrileByteCountWithErr(handle_.Tiff(), strip, &failed);
         const uint64_t before = (row - uint64_t{strip} * format_.rowsPerStrip) * rowBytes_;
         offset = start + before;
-        return failed == 0 && before + rows * rowBytes_ <= std::min(size, file_.Size() - start);
+        const bool isKnown = failed == 0 && start != 0 && start < file_.Size();
+        if (isKnown && before + rows * rowBytes_ <= std::min(size, file_.Size() - start))
+            return true;
+        failure_ = handle_.CallFailure("a strip ends early or stands outside the file");
+        return false;
     }
 
     bool ReadStretch(const Stretch& stretch) {
         uint8_t* const place = block_.data() + stretch.place;
-        if (file_.ReadAt(stretch.offset, place, stretch.bytes) != stretch.bytes) return false;
+        int error = 0;
+        if (file_.ReadAt(stretch.offset, place, stretch.bytes, &error) != stretch.bytes) {
+            failure_ = ContainerFailure(
+                error != 0 ? "the file cannot be read" : "the file has become shorter", error);
+            return false;
+        }
         if (format_.isLowBitFirst) TIFFReverseBits(place, static_cast<tmsize_t>(stretch.bytes));
         return true;
     }
@@ -94,8 +104,10 @@ class PlainRows final : public RowSource {
 
 std::unique_ptr<RowSource> OpenPlainRows(const RandomAccessFile& file,
                                          const ContainerDirectory& directory,
-                                         const SeparationFormat& format) {
+                                         const SeparationFormat& format,
+                                         ContainerFailure& failure) {
     auto rows = std::make_unique<PlainRows>(file, directory, format);
-    if (!rows->IsOpen()) return nullptr;
+    failure = rows->Handle().Failure();
+    if (rows->Handle().Tiff() == nullptr) return nullptr;
     return rows;
 }

@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "host/AString.h"
-#include "host/DirectoryChain.h"
+#include "host/ContainerFailure.h"
 #include "host/TiffHandle.h"
 
 /// What a container's directory says of one separation.
@@ -30,9 +30,7 @@ struct SeparationFormat {
     uint32_t RowsOfStrip(uint32_t strip) const;
 };
 
-/// Reads the format off a handle whose current directory is `directory`. Nothing when a container
-/// holds no such image: its size, depth, samples, ink sense, tiles or compression, or strips that
-/// do not make up its rows.
-std::optional<SeparationFormat> ReadSeparationFormat(TIFF* tiff,
-                                                     const ContainerDirectory& directory,
-                                                     uint64_t fileBytes);
+/// Reads the format off a handle's current directory. Nothing when a container holds no such image,
+/// and `failure` says why: its size, depth, samples, ink sense, tiles or compression.
+std::optional<SeparationFormat> ReadSeparationFormat(TIFF* tiff, uint64_t fileBytes,
+                                                     ContainerFailure& failure);

@@ -5,27 +5,27 @@
 
 namespace {
 
-TiffClient& Client(thandle_t handle) {
+TiffClient& Client(thandle_t handle) noexcept {
     return *static_cast<TiffClient*>(handle);
 }
 
-tmsize_t ReadClient(thandle_t handle, void* data, tmsize_t count) {
+tmsize_t ReadClient(thandle_t handle, void* data, tmsize_t count) noexcept {
     return Client(handle).Read(data, count);
 }
 
-tmsize_t WriteClient(thandle_t handle, void* data, tmsize_t count) {
+tmsize_t WriteClient(thandle_t handle, void* data, tmsize_t count) noexcept {
     return Client(handle).Write(data, count);
 }
 
-toff_t SeekClient(thandle_t handle, toff_t offset, int origin) {
+toff_t SeekClient(thandle_t handle, toff_t offset, int origin) noexcept {
     return Client(handle).Seek(offset, origin);
 }
 
-int CloseClient(thandle_t /*handle*/) {
+int CloseClient(thandle_t /*handle*/) noexcept {
     return 0;
 }
 
-toff_t ClientSize(thandle_t handle) {
+toff_t ClientSize(thandle_t handle) noexcept {
     return Client(handle).Size();
 }
 
@@ -36,7 +36,7 @@ struct FreeOptions {
 }  // namespace
 
 int NoteComplaint(TIFF* /*tiff*/, void* client, const char* /*module*/, const char* /*format*/,
-                  va_list /*arguments*/) {
+                  va_list /*arguments*/) noexcept {
     static_cast<TiffClient*>(client)->hasComplained_ = true;
     return 1;  // done with: the global handlers are not called
 }

@@ -10,15 +10,17 @@ struct CloseTiff {
 };
 using TiffHandle = std::unique_ptr<TIFF, CloseTiff>;
 
-/// What one TIFF handle of ours reads, writes and complains to. It outlives the handle.
+/// What one TIFF handle of ours reads, writes and complains to. It outlives the handle. The calls
+/// come through libtiff's C frames: nothing can be thrown from them, and what cannot be had is
+/// answered as a failed read or write.
 class TiffClient {
   public:
     virtual ~TiffClient() = default;
-    virtual tmsize_t Read(void* data, tmsize_t count) = 0;
-    virtual tmsize_t Write(void* data, tmsize_t count) = 0;
+    virtual tmsize_t Read(void* data, tmsize_t count) noexcept = 0;
+    virtual tmsize_t Write(void* data, tmsize_t count) noexcept = 0;
     /// The new position, or all bits set.
-    virtual toff_t Seek(toff_t offset, int origin) = 0;
-    virtual toff_t Size() = 0;
+    virtual toff_t Seek(toff_t offset, int origin) noexcept = 0;
+    virtual toff_t Size() noexcept = 0;
 
     /// Whether libtiff has reported an error or a warning since the last ForgetComplaints.
     bool HasComplained() const { return hasComplained_; }
@@ -26,7 +28,7 @@ class TiffClient {
 
   private:
     friend int NoteComplaint(TIFF* tiff, void* client, const char* module, const char* format,
-                             va_list arguments);
+                             va_list arguments) noexcept;
     bool hasComplained_ = false;
 };
 

@@ -1,5 +1,7 @@
 #include "host/ZEJob.h"
 
+#include <span>
+
 #include "host/DirectoryChain.h"
 #include "host/PageImage.h"
 #include "host/PageTable.h"
@@ -24,24 +26,26 @@ AFilePath ZEJob::GetFileName(eHardCodePrefix kind, const AFilePath& jobPath) {
 
 int32_t ZEJob::Load(const AFilePath& container) {
     container_.reset();
+    failure_ = {};
     PageCount = 0;
     auto loaded = std::make_unique<Container>();
-    if (!container.isValid()) return Fail(ContainerFailure("its path is not valid"));
+    if (!container.isValid()) return Fail(ContainerFailure("the path leads outside its folder"));
     if (!loaded->file.Open(container.fullPath().c_str())) {
         const int error = LastSystemError();
-        return Fail(error != 0 ? ContainerFailure("it cannot be opened", error)
-                               : ContainerFailure("it is no file"));
+        return Fail(error != 0 ? ContainerFailure("the file cannot be opened", error)
+                               : ContainerFailure("it is no plain file"));
     }
-    loaded->pages = PageTable(ReadDirectoryChain(loaded->file));
+    const DirectoryChain chain = ReadDirectoryChain(loaded->file);
+    loaded->pages = PageTable(chain);
     PageCount = loaded->pages.PageCount();
     container_ = std::move(loaded);
-    return PageCount > 0 ? 1 : Fail(ContainerFailure("it is no TIFF"));
+    return PageCount > 0 ? 1 : Fail(chain.failure);
 }
 
 int32_t ZEJob::OpenData(int32_t mode) {
     constexpr int32_t kRead = 1;
     if (container_ == nullptr) return 0;  // Load has said why
-    if (mode != kRead) return Fail(ContainerFailure("it is only read"));
+    if (mode != kRead) return Fail(ContainerFailure("the file is only read"));
     container_->isOpen = true;
     return 1;
 }
@@ -50,11 +54,13 @@ AImage* ZEJob::GetImage(uint32_t pageIndex) {
     Flush();
     if (container_ == nullptr || !container_->isOpen) {
         if (container_ != nullptr || failure_.text[0] == '\0')
-            Fail(ContainerFailure("it is not open"));
+            Fail(ContainerFailure("the container is not open"));
         return nullptr;
     }
-    container_->image = PageImage::Open(container_->file, container_->pages.Separations(pageIndex));
-    if (container_->image == nullptr) Fail(ContainerFailure("the page has no image"));
+    const std::span<const ContainerDirectory> directories =
+        container_->pages.Separations(pageIndex, failure_);
+    if (!directories.empty())
+        container_->image = PageImage::Open(container_->file, directories, failure_);
     return container_->image.get();
 }
 
