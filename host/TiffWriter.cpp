@@ -13,12 +13,12 @@ class FileClient final : public TiffClient {
   public:
     explicit FileClient(std::FILE* file) : file_(file) {}
 
-    tmsize_t Read(void* data, tmsize_t count) override {
+    tmsize_t Read(void* data, tmsize_t count) noexcept override {
         const std::size_t got = std::fread(data, 1, static_cast<std::size_t>(count), file_);
         position_ += static_cast<std::int64_t>(got);
         return static_cast<tmsize_t>(got);
     }
-    tmsize_t Write(void* data, tmsize_t count) override {
+    tmsize_t Write(void* data, tmsize_t count) noexcept override {
         // Nothing follows a failed write: a directory behind a gap would make the file look whole.
         if (hasFailed_) return 0;
         const std::size_t wanted = static_cast<std::size_t>(count);
@@ -28,7 +28,7 @@ class FileClient final : public TiffClient {
         size_ = std::max(size_, position_);
         return static_cast<tmsize_t>(written);
     }
-    toff_t Seek(toff_t offset, int origin) override {
+    toff_t Seek(toff_t offset, int origin) noexcept override {
         const std::int64_t from = origin == SEEK_SET ? 0 : origin == SEEK_CUR ? position_ : size_;
         const std::int64_t position = from + static_cast<std::int64_t>(offset);
         // libtiff seeks to the end before each strip; a stream that moves hands its buffer to the
@@ -40,9 +40,12 @@ class FileClient final : public TiffClient {
         position_ = position;
         return static_cast<toff_t>(position_);
     }
-    toff_t Size() override { return static_cast<toff_t>(size_); }
+    toff_t Size() noexcept override { return static_cast<toff_t>(size_); }
 
     bool HasFailed() const { return hasFailed_; }
+    /// From here on every write fails: what libtiff writes as it closes a file that is not whole
+    /// would make it look so.
+    void Refuse() { hasFailed_ = true; }
 
   private:
     std::FILE* file_;
@@ -64,6 +67,7 @@ bool NeedsBigTiff(const ChannelFormat& format) {
 class TiffWriter final : public ChannelWriter {
   public:
     TiffWriter(std::FILE* file, const ChannelFormat& format) : client_(file), format_(format) {}
+    ~TiffWriter() override { client_.Refuse(); }
 
     bool Write(const void* lines, uint32_t lineCount) override {
         if (tiff_ == nullptr && !Begin()) return false;
@@ -71,15 +75,20 @@ class TiffWriter final : public ChannelWriter {
         // An uncompressed strip is written as it stands; libtiff takes it without const.
         const bool written =
             TIFFWriteRawStrip(tiff_.get(), stripCount_, const_cast<void*>(lines), count) == count;
+        // Without memory for its table of strips libtiff frees the table, and once more when the
+        // handle is closed: such a handle is left alone.
+        if (!written && !client_.HasFailed()) static_cast<void>(tiff_.release());
+        if (!written) client_.Refuse();
         ++stripCount_;
         linesWritten_ += lineCount;
-        return written && !client_.HasFailed();
+        return !client_.HasFailed();
     }
 
     bool Complete() override {
         TIFF* const tiff = tiff_.get();
         const bool written = TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, linesWritten_) != 0 &&
                              TIFFWriteDirectory(tiff) != 0;
+        if (!written) client_.Refuse();
         tiff_.reset();
         return written && !client_.HasFailed();
     }
@@ -89,7 +98,10 @@ class TiffWriter final : public ChannelWriter {
         // libtiff holds the strip offsets and byte counts, 8 bytes each, in arrays that grow.
         constexpr uint64_t kMostAllocation = uint64_t{1} << 36;
         tiff_ = OpenTiff(client_, NeedsBigTiff(format_) ? "w8" : "w4", kMostAllocation);
-        return tiff_ != nullptr && SetFields();
+        if (tiff_ == nullptr || SetFields()) return tiff_ != nullptr;
+        client_.Refuse();
+        tiff_.reset();
+        return false;
     }
 
     bool SetFields() {

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "FailingCalls.h"
 #include "TestFolder.h"
 #include "boundary/FileSizeLimit.h"
 
@@ -124,6 +125,39 @@ TEST(ExportBitmap, PassesFourGibibytesAsBigTiff) {
         const std::string bytes = folder.Read("x.tif");
         EXPECT_NE(bytes.substr(0, 4).find(version), std::string::npos) << height;
         EXPECT_TRUE(TiffPixels(folder.Name("x.tif"), channel) == lines);
+    }
+}
+
+// A file that is not there whole has said so, and a TIFF does not look as if it were.
+TEST(ExportBitmap, MemoryThatIsMissing) {
+    const TestFolder folder;
+    for (const Channel& channel :
+         {Channel{"x.raw", false, 4096, 300, 8}, Channel{"x.tif", true, 4096, 300, 8}}) {
+        const std::string path = folder.Name(channel.name);
+        const std::string lines = Lines(channel, channel.height);
+        const std::size_t cut = std::size_t{channel.LineBytes()} * 250;
+        const std::string parts[] = {lines.substr(0, cut), lines.substr(cut)};
+        bool hasFailed = true;
+        for (int64_t nth = 1; hasFailed; nth += kChildStride) {
+            const int answer = InChild(folder.Name("stderr"), [&] {
+                const FailingCall fault(Call::kAllocate, nth, false);
+                Exporter exporter(path, channel);
+                const bool isWhole = exporter.Take(parts[0]) && exporter.Take(parts[1]);
+                return (isWhole ? 1 : 0) | (fault.HasFailed() ? 2 : 0);
+            });
+            ASSERT_GT(answer, 0) << nth << folder.Read("stderr");
+            hasFailed = (answer & 2) != 0;
+            const bool isWhole = (answer & 1) != 0;
+            if (!channel.isTiff) {
+                EXPECT_EQ(folder.Read(channel.name) == lines, isWhole) << nth;
+            } else if (isWhole) {
+                EXPECT_TRUE(TiffPixels(path, channel) == lines) << nth;
+            } else {
+                testing::internal::CaptureStderr();
+                EXPECT_EQ(TIFFOpen(path.c_str(), "r"), nullptr) << nth;
+                testing::internal::GetCapturedStderr();
+            }
+        }
     }
 }
 
