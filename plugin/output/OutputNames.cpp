@@ -49,7 +49,7 @@ AString MakeJobName(const AString& sourceName) {
     if (extension != AString::npos) name.erase(extension);
     JoinDottedParts(name);
     std::erase(name, ' ');
-    const bool nameless = std::all_of(name.begin(), name.end(), [](char c) { return c == '.'; });
+    const bool nameless = name.find_first_not_of("./\\") == AString::npos;
     return nameless ? kNamelessJob : name;
 }
 

@@ -3,13 +3,23 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <string_view>
 
+#include "host/Text.h"
 #include "platform/win32.h"
 
 namespace {
 
 constexpr int kLastSuffix = 1000;
 constexpr int32_t kFewestTiles = 2;
+
+/// A suffix goes to the name's last component.
+std::string_view WithoutSeparatorsBehind(std::string_view name) {
+    while (!name.empty() && (FindLastCharacter(name, '/') == name.size() - 1 ||
+                             FindLastCharacter(name, '\\') == name.size() - 1))
+        name.remove_suffix(1);
+    return name;
+}
 
 bool Create(const AFilePath& folder) {
     return folder.isValid() && CreateDirectoryA(folder.fullPath().c_str(), nullptr) != FALSE;
@@ -25,8 +35,9 @@ bool PageFolder::SetUp(const AString& folderText, const AString& jobName, bool c
     if (!createFolder) return true;
     path_.Append(jobName);
     if (!path_.exists()) return Create(path_);
+    const std::string_view stem = WithoutSeparatorsBehind(jobName);
     for (int k = 1; k <= kLastSuffix; ++k) {
-        path_ = AFilePath(parent).Append(fmt::format("{}_{:03d}", jobName, k));
+        path_ = AFilePath(parent).Append(fmt::format("{}_{:03d}", stem, k));
         if (!path_.exists()) return Create(path_);
     }
     return true;

@@ -30,6 +30,8 @@ TEST_F(NamesTest, JobNames) {
         {".ps", "Job"},
         {"..", "Job"},
         {"x: . .", "Job"},
+        {"C:\\.ps", "Job"},
+        {"..\\../..ps", "Job"},
         {"\xC3\xA4\xE2\x82\xAC.ps", "\xC3\xA4\xE2\x82\xAC"}};
     Install(2, "");
     for (const auto& [source, job] : kNames) {
@@ -47,8 +49,14 @@ TEST_F(NamesTest, JobNamesWithSeparators) {
     EXPECT_TRUE(StartJob({page}, "C:\\jobs\\my file (copy).ps").HasEnded()) << "no parent folder";
     EXPECT_TRUE(Listing(folder.Out()).empty());
     std::filesystem::create_directory(folder.Out() / "jobs");
-    for (const char* created : {"jobs/myfile/", "jobs/myfile_001/"}) {
-        const Job job = StartJob({page}, "C:\\jobs\\my file (copy).ps");
+    const std::pair<const char*, const char*> cases[] = {
+        {"C:\\jobs\\my file (copy).ps", "jobs/myfile/"},
+        {"C:\\jobs\\my file (copy).ps", "jobs/myfile_001/"},
+        {"C:\\jobs\\z\\/.ps", "jobs/z/"},
+        {"C:\\jobs\\z\\/.ps", "jobs/z_001/"},
+    };
+    for (const auto& [source, created] : cases) {
+        const Job job = StartJob({page}, source);
         EXPECT_FALSE(job.HasEnded());
         EXPECT_EQ(Listing(folder.Out()).back(), created);
         EXPECT_EQ(driver->Call(kAbortJob), 1);
