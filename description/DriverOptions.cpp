@@ -1,6 +1,7 @@
 #include "description/DriverOptions.h"
 
 #include <cstring>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -104,22 +105,59 @@ void DeleteNamedFile(const DriverOptionBlock& block) {
     if (path.exists()) AFile::DeleteFileA(path, 1);
 }
 
-void MakeNewFile(DriverOptionBlock& block, WriterId writer) {
-    const AString name = AString(kNamePrefix) + FSGanerateID() + ".xml";
-    block.Kind = DriverOptionBlock::kNamesOptionsFile;
-    CopyText(block.FileName, sizeof block.FileName, name);
+/// Runs `store`; what it throws, which is memory that is gone, is said and thrown on.
+template <class Store>
+void SayWhatIsThrown(const DriverOptionBlock& block, Store store) {
+    try {
+        store();
+    } catch (...) {
+        LogFault(__LINE__, "no memory to store the white choice",
+                 FieldText(block.FileName, kMostNameCharacters), 0);
+        throw;
+    }
+}
 
-    AXMLTree document("RootElement");
-    AXMLTreeNode root;
-    AXMLTreeNode options;
-    document.getRootNode(root);
-    document.addChild(options, root, kElement, "", -1);
-    document.setAttribute(options, kAttribute, kNoneChosen);
-    const AFilePath path = OptionsPath(kNewFileFolder, name);
+void SaveOptions(AXMLTree& document, const AXMLTreeNode& options, const AString& whiteType,
+                 const AFilePath& path, WriterId writer) {
+    if (document.setAttribute(options, kAttribute, whiteType) == 0) throw std::bad_alloc();
     int systemError = 0;
-    // Without the folder there is no file; the next look-up tries again with a new name.
-    if (document.saveToFile(path, writer, &systemError) == 0)
-        LogFault(__LINE__, "an options file cannot be made", path.fullPath(), systemError);
+    if (document.saveToFile(path, writer, &systemError) != 0) return;
+    LogFault(__LINE__, "the white choice cannot be stored", path.fullPath(), systemError);
+}
+
+void MakeNewFile(DriverOptionBlock& block, WriterId writer) {
+    SayWhatIsThrown(block, [&] {
+        const AString name = AString(kNamePrefix) + FSGanerateID() + ".xml";
+        block.Kind = DriverOptionBlock::kNamesOptionsFile;
+        CopyText(block.FileName, sizeof block.FileName, name);
+
+        AXMLTree document("RootElement");
+        AXMLTreeNode root;
+        AXMLTreeNode options;
+        document.getRootNode(root);
+        document.addChild(options, root, kElement, "", -1);
+        // Without the folder there is no file; the next look-up tries again with a new name.
+        SaveOptions(document, options, kNoneChosen, OptionsPath(kNewFileFolder, name), writer);
+    });
+}
+
+/// The choice goes into a file that is there and can be read.
+void StoreChoice(DriverOptionBlock& block, int32_t whiteType, WriterId writer) {
+    const std::optional<AFilePath> path = FindOptionsFile(block, writer);
+    if (!path) {
+        LogFault(__LINE__, "the white choice cannot be stored, the options block names no file",
+                 FieldText(block.FileName, kMostNameCharacters), 0);
+        return;
+    }
+    AXMLTree document("RootElement");
+    AXMLTreeNode options;
+    int systemError = 0;
+    if (LoadOptions(*path, document, options, systemError)) {
+        SaveOptions(document, options, std::to_string(whiteType), *path, writer);
+    } else {
+        LogFault(__LINE__, "the white choice cannot be stored, its file cannot be read",
+                 path->fullPath(), systemError);
+    }
 }
 
 /// -1 for a character that is no hexadecimal digit.
@@ -165,24 +203,7 @@ int32_t ReadDriverOptions(DriverOptionBlock& block, int32_t& whiteType, WriterId
 }
 
 void WriteDriverOptions(DriverOptionBlock& block, int32_t whiteType, WriterId writer) {
-    const std::optional<AFilePath> path = FindOptionsFile(block, writer);
-    if (!path) {
-        LogFault(__LINE__, "the white choice cannot be stored, the options block names no file",
-                 FieldText(block.FileName, kMostNameCharacters), 0);
-        return;
-    }
-    AXMLTree document("RootElement");
-    AXMLTreeNode options;
-    int systemError = 0;
-    if (!LoadOptions(*path, document, options, systemError)) {
-        LogFault(__LINE__, "the white choice cannot be stored, its file cannot be read",
-                 path->fullPath(), systemError);
-        return;
-    }
-    document.setAttribute(options, kAttribute, std::to_string(whiteType));
-    // A failed save leaves the file as it was.
-    if (document.saveToFile(*path, writer, &systemError) == 0)
-        LogFault(__LINE__, "the white choice cannot be stored", path->fullPath(), systemError);
+    SayWhatIsThrown(block, [&] { StoreChoice(block, whiteType, writer); });
 }
 
 OptionsState PeekDriverOptions(const DriverOptionBlock& block, int32_t& whiteType,

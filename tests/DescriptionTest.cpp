@@ -69,6 +69,14 @@ TEST(DescriptionTest, IsRefusedWithTheMessageOfItsFirstFault) {
     }
 }
 
+TEST(DescriptionTest, MessagesAreNotLostWithTheirFile) {
+    const Description description;
+    setenv("QL_MESSAGE_FILE", (description.folder.Root() / "none/messages").c_str(), 1);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(CDynamic().GetBaseResourceNumber("BaseMedia"), -1);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Getting BASERESOURCENODE node fails\n");
+}
+
 TEST(DescriptionTest, IsTheFirstEntryWhoseNameTheModelContains) {
     const std::string none = "Cannot get XML ";
     const std::string unreadable = "Loading description file fails";

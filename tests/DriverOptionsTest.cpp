@@ -148,7 +148,7 @@ TEST_F(DriverOptions, ThatAreNotStoredAreSaid) {
     const std::string entries[] = {
         "the white choice cannot be stored: " + file + ": File too large",
         "the white choice cannot be stored, the options block names no file: my.xml",
-        fmt::format("an options file cannot be made: {}/{}: No such file or directory",
+        fmt::format("the white choice cannot be stored: {}/{}: No such file or directory",
                     folder.Options().string(), block.FileName)};
     ASSERT_EQ(folder.Log().size(), std::size(entries));
     for (std::size_t i = 0; i < std::size(entries); ++i) {

@@ -10,10 +10,10 @@ namespace {
 constexpr int32_t kRead = 1;
 constexpr int32_t kWrite = 0;
 
-/// Position of a type among the codes that the model offers; -1 for none.
+/// Position of a type among the codes that the model offers; -1 for none, which is also no type.
 int PositionOf(int32_t whiteType, const std::vector<int32_t>& codes) {
     const auto found = std::find(codes.begin(), codes.end(), whiteType);
-    return found == codes.end() ? -1 : static_cast<int>(found - codes.begin());
+    return whiteType == -1 || found == codes.end() ? -1 : static_cast<int>(found - codes.begin());
 }
 
 }  // namespace
@@ -56,8 +56,7 @@ BOOL CDriverOptionDialog::OnInitDialog() {
 void CDriverOptionDialog::ShowStoredChoice() {
     writer_->LoadDriverOptions(block_, kRead);
     const ModelOutputSettings& model = writer_->OutputSettings();
-    const int32_t type = model.EffectiveWhiteType();
-    const int position = type == -1 ? -1 : PositionOf(type, model.WhiteTypeCodes);
+    const int position = PositionOf(model.EffectiveWhiteType(), model.WhiteTypeCodes);
     if (position >= 0) whiteChoice_ = position;
     UpdateData(FALSE);
 }

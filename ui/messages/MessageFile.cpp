@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "platform/Stream.h"
+#include "platform/AppendToFile.h"
 
 namespace {
 
@@ -17,9 +17,6 @@ bool HasMessageFile() {
     return *MessageFilePath() != '\0';
 }
 
-void AppendToMessageFile(const std::string& json) {
-    const Stream file = OpenStream(MessageFilePath(), "ab");
-    if (file == nullptr) return;
-    const std::string line = json + '\n';
-    std::fwrite(line.data(), 1, line.size(), file.get());
+bool AppendToMessageFile(const std::string& json) {
+    return AppendToFile(MessageFilePath(), json + '\n');
 }

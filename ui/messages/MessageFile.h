@@ -8,5 +8,5 @@
 /// Whether QL_MESSAGE_FILE is set.
 bool HasMessageFile();
 
-/// Appends `json` as one line. Failures are ignored: there is nowhere left to report them.
-void AppendToMessageFile(const std::string& json);
+/// Appends `json` as one line. False when the file does not take it.
+bool AppendToMessageFile(const std::string& json);

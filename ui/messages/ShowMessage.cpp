@@ -8,17 +8,24 @@
 #include "ui/messages/MessageFile.h"
 #include "ui/messages/StringTable.h"
 
-int ShowMessage(const char* text, UINT type, HWND owner, const char* caption) {
-    const UINT shownType = type | MB_SETFOREGROUND;
-    if (!HasMessageFile()) return MessageBoxA(owner, text, caption, shownType);
+namespace {
+
+bool FileMessage(const char* text, UINT type, HWND owner, const char* caption) {
     const nlohmann::ordered_json message = {
         {"text", AnsiToUtf8(text)},
         {"caption", caption == nullptr ? std::string() : AnsiToUtf8(caption)},
-        {"type", shownType},
+        {"type", type},
         {"owner", static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(owner))},
     };
-    AppendToMessageFile(message.dump());
-    return IDOK;
+    return AppendToMessageFile(message.dump());
+}
+
+}  // namespace
+
+int ShowMessage(const char* text, UINT type, HWND owner, const char* caption) {
+    const UINT shownType = type | MB_SETFOREGROUND;
+    const bool isFiled = HasMessageFile() && FileMessage(text, shownType, owner, caption);
+    return isFiled ? IDOK : MessageBoxA(owner, text, caption, shownType);
 }
 
 int ShowResMessage(UINT id, UINT type, HWND owner, const char* caption) {
