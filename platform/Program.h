@@ -17,6 +17,10 @@ void SetEnvironment(const char* name, const char* value);
 /// has; answers its path, empty on failure.
 std::string CreatePrivateFolder(const std::string& prefix);
 
+/// Gives the standard streams that the caller closed something that takes and gives nothing, so
+/// that no file that the program opens is met under their numbers. Comes before any file is opened.
+void HoldStandardStreams();
+
 /// Whether a person watches what the stream receives.
 bool IsTerminal(std::FILE* stream);
 

@@ -1,6 +1,7 @@
 #include "platform/Program.h"
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -39,6 +40,14 @@ void SetEnvironment(const char* name, const char* value) {
 std::string CreatePrivateFolder(const std::string& prefix) {
     std::string path = prefix + "XXXXXX";
     return mkdtemp(path.data()) == nullptr ? std::string() : path;
+}
+
+void HoldStandardStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) >= 0) continue;
+        // The lowest free number is the stream's own. What is written there fails, as it should.
+        [[maybe_unused]] const int held = open("/dev/null", O_RDONLY);
+    }
 }
 
 bool IsTerminal(std::FILE* stream) {
