@@ -8,6 +8,7 @@
 #include "driverhost/ChoiceOptions.h"
 #include "driverhost/CommandTree.h"
 #include "driverhost/DriverLibrary.h"
+#include "driverhost/ModelList.h"
 
 namespace {
 
@@ -151,6 +152,7 @@ void PrintText(const Json& model) {
 }  // namespace
 
 void ShowCapabilities(const CapabilitiesOptions& options) {
+    RequireModel(options.Model);
     const DriverLibrary library;
     const std::unique_ptr<DriverInterface> driver = library.CreateDriver();
     const Json model = Describe(Capabilities(*driver, options.Model));

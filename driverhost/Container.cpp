@@ -89,7 +89,14 @@ std::vector<ContainerPage> ReadContainerPages(const fs::path& path) {
         float y = 0;
         TIFFGetField(tiff.get(), TIFFTAG_XRESOLUTION, &x);
         TIFFGetField(tiff.get(), TIFFTAG_YRESOLUTION, &y);
-        page = {width, rows, std::max<int32_t>(page.Bits, bits), double{x}, double{y}};
+        page.WidthPixels = width;
+        page.Rows = rows;
+        page.Bits = std::max<int32_t>(page.Bits, bits);
+        page.XResolution = double{x};
+        page.YResolution = double{y};
+        const char* name = nullptr;
+        TIFFGetField(tiff.get(), TIFFTAG_PAGENAME, &name);
+        page.Separations.emplace_back(name == nullptr ? "" : name);
     } while (TIFFReadDirectory(tiff.get()) == 1);
     return pages;
 }

@@ -50,10 +50,11 @@ struct ContainerPage {
     int32_t Bits = 0;        ///< of its deepest separation
     double XResolution = 0;  ///< dots per inch, as its last separation says; 0: not said
     double YResolution = 0;
+    std::vector<std::string> Separations;  ///< internal names, in order
 };
 
-/// Reads the pages' sizes. Pages whose directories are missing or unreadable have size 0: the
-/// driver is the one to refuse them. Throws HostError for a file that is no container.
+/// Reads the pages' sizes and separations. Pages whose directories are missing or unreadable have
+/// size 0: the driver is the one to refuse them. Throws HostError for a file that is no container.
 std::vector<ContainerPage> ReadContainerPages(const std::filesystem::path& path);
 
 /// The pages of a job's container, the one beside it or the one of the older name. Throws

@@ -146,9 +146,7 @@ int DiffPaths(const DiffOptions& options) {
 /// Whatever stops the comparison is trouble: the status of a failure would say "different".
 int Diff(const DiffOptions& options) {
     try {
-        const int status = DiffPaths(options);
-        if (std::fflush(stdout) != 0) throw HostError(kUsage, "cannot write the output");
-        return status;
+        return DiffPaths(options);
     } catch (const std::bad_alloc&) {
         throw HostError(kUsage, "out of memory");
     }

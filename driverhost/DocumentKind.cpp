@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <fstream>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -58,13 +59,28 @@ bool IsPostScript(std::string_view head) {
     return head.substr(0, head.find_first_of("\r\n")).find(" PDF-") == std::string_view::npos;
 }
 
+/// The kind that the first bytes say.
+std::optional<DocumentKind> KindAtStart(std::string_view head) {
+    for (const Signature& signature : kSignatures)
+        if (head.starts_with(signature.Bytes)) return signature.Kind;
+    if (IsPostScript(head)) return DocumentKind::kPostScript;
+    if (head.starts_with("%PDF-")) return DocumentKind::kPdf;
+    return std::nullopt;
+}
+
 }  // namespace
+
+bool IsArtwork(const fs::path& path) {
+    try {
+        return KindAtStart(ReadHead(path)).has_value();
+    } catch (const HostError&) {
+        return false;
+    }
+}
 
 DocumentKind KindOfDocument(const fs::path& path) {
     const std::string head = ReadHead(path);
-    for (const Signature& signature : kSignatures)
-        if (std::string_view(head).starts_with(signature.Bytes)) return signature.Kind;
-    if (IsPostScript(head)) return DocumentKind::kPostScript;
+    if (const std::optional<DocumentKind> kind = KindAtStart(head)) return *kind;
     // The rasteriser would run a file of another kind as a program.
     if (head.find("%PDF-") == std::string::npos && !head.starts_with("%!PS-Adobe-"))
         throw HostError(kFailed,

@@ -7,9 +7,9 @@
 #include <system_error>
 
 #include "driverhost/InkUse.h"
-#include "driverhost/OutputFiles.h"
 #include "driverhost/Warnings.h"
 #include "driverhost/WorkFolder.h"
+#include "plugin/output/LineSize.h"
 
 namespace fs = std::filesystem;
 
@@ -35,15 +35,13 @@ int64_t PlateBytes(const DocumentPage& page, const InkPlan& plan, int64_t bandPi
 }
 
 int64_t ChannelBytes(const DocumentPage& page, const ColorMode& mode) {
-    PageExpectation channel;
+    int64_t bits = 1;
     for (const ColorantInfo& colorant : mode.Colorants)
-        channel.Bits = std::max(channel.Bits, static_cast<int32_t>(colorant.ColorDepth));
-    int64_t lineBytes = 0;
-    for (const PageArea& tile : page.Tiles) {
-        channel.WidthPixels = tile.Width;
-        lineBytes += channel.LineBytes() * tile.Rows;
-    }
-    return lineBytes * static_cast<int64_t>(mode.Colorants.size());
+        bits = std::max<int64_t>(bits, colorant.ColorDepth);
+    int64_t channelBytes = 0;
+    for (const PageArea& tile : page.Tiles)
+        channelBytes += LineSizeBytes(tile.Width, bits) * tile.Rows;
+    return channelBytes * static_cast<int64_t>(mode.Colorants.size());
 }
 
 std::string SizeText(int64_t bytes) {

@@ -9,6 +9,9 @@
 #include "driverhost/HalftoneAnswers.h"
 #include "driverhost/HalftonePlot.h"
 #include "driverhost/HostError.h"
+#include "driverhost/ModelList.h"
+#include "driverhost/Overwriting.h"
+#include "driverhost/PngFile.h"
 #include "halftone/ReadDitherParams.h"
 #include "halftone/ReadScreeningParams.h"
 
@@ -167,6 +170,9 @@ void PrintText(const Json& answer) {
 }  // namespace
 
 void ShowHalftone(const HalftoneOptions& options) {
+    RequireModel(options.Model);
+    if (!options.Plot.empty())
+        RefuseToReplaceOther(options.Plot, IsPngFile, "a PNG picture", options.Force);
     const DriverLibrary library;
     const std::unique_ptr<DriverInterface> driver = library.CreateDriver();
     const Capabilities capabilities(*driver, options.Model);
@@ -215,6 +221,7 @@ void AddHalftoneCommand(CommandTree& tree) {
                     "Draw a ramp of each ink, with its angle, frequency and dot shape, into this "
                     "PNG file")
         ->type_name(kFileArgument);
+    command.add_flag("--force", options.Force, "Let --plot replace a file that is no PNG picture");
     AddHelp(command, "Every number is the driver's own answer; what is not given is its default.",
             {"driverhost halftone \"Fenland R4\" --manufacturer Fenland",
              "driverhost halftone \"Fenland F8\" --manufacturer Fenland --json",

@@ -11,7 +11,8 @@ struct HalftoneOptions {
     std::string Manufacturer;
     ChoiceOptions Choice;
     bool Json = false;
-    std::string Plot;  ///< PNG file; empty: none
+    std::string Plot;    ///< PNG file; empty: none
+    bool Force = false;  ///< replace a file that is no picture
 };
 
 /// Prints the dither and screening parameters of one combination, with the files and entries that

@@ -2,10 +2,11 @@
 
 #include <fmt/format.h>
 
-#include <cstdio>
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 #include "driverhost/Sha256.h"
+#include "driverhost/Speech.h"
 
 namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
@@ -43,9 +44,18 @@ Json PagesJson(const JobReport& report) {
                          {"lines", page.Lines},
                          {"bits", page.Bits},
                          {"shortFiles", report.Faults[i].ShortFiles},
-                         {"missingChannels", report.Faults[i].MissingChannels}});
+                         {"missingFiles", report.Faults[i].MissingFiles},
+                         {"missingChannels", report.Faults[i].MissingFiles.size()},
+                         {"sideFaults", report.Faults[i].SideFaults}});
     }
     return pages;
+}
+
+Json WordsJson(const JobReport& report) {
+    Json words = Json::array();
+    for (const DriverWord& word : report.Words)
+        words.push_back({{"level", word.IsWarning ? "warning" : "error"}, {"text", word.Text}});
+    return words;
 }
 
 /// Null for a file that cannot be read any more, and once an interrupt has come.
@@ -64,6 +74,16 @@ Json FilesJson(const JobReport& report, const fs::path& folder) {
     return files;
 }
 
+void PrintFaults(std::size_t page, const PageFaults& faults) {
+    for (const std::string& file : faults.ShortFiles)
+        Complain("page {}: {} is incomplete", page + 1, file);
+    if (!faults.MissingFiles.empty())
+        Complain("page {}: {} channels are not written: {}", page + 1, faults.MissingFiles.size(),
+                 fmt::join(faults.MissingFiles, ", "));
+    for (const std::string& fault : faults.SideFaults)
+        Complain("page {}: {}", page + 1, fault);
+}
+
 }  // namespace
 
 void JobReport::Fail(ExitStatus status, const std::string& message) {
@@ -77,6 +97,11 @@ void JobReport::Fail(ExitStatus status, const std::string& message) {
         State = JobState::kIncomplete;
         Status = kIncomplete;
     }
+}
+
+bool JobReport::AnyFault() const {
+    return !SideFaults.empty() || std::any_of(Faults.begin(), Faults.end(),
+                                              [](const PageFaults& page) { return page.Any(); });
 }
 
 std::uintmax_t JobReport::Bytes() const {
@@ -94,24 +119,21 @@ void PrintReport(const JobReport& report, const fs::path& folder, bool nameJob) 
     constexpr double kMegabyte = 1e6;
     if (report.State != JobState::kNotRun && report.State != JobState::kFailed) {
         for (const auto& [path, state] : report.Files)
-            fmt::print("{:>15} bytes  {}\n", state.Bytes, path);
-        fmt::print("{} files, {:.1f} MB in {:.2f} s, {:.1f} MB/s\n", report.Files.size(),
-                   static_cast<double>(report.Bytes()) / kMegabyte, report.Seconds,
-                   report.BytesPerSecond() / kMegabyte);
+            Say("{:>15} bytes  {}\n", state.Bytes, path);
+        Say("{} files, {:.1f} MB in {:.2f} s, {:.1f} MB/s\n", report.Files.size(),
+            static_cast<double>(report.Bytes()) / kMegabyte, report.Seconds,
+            report.BytesPerSecond() / kMegabyte);
     }
-    std::fflush(stdout);
-    for (std::size_t page = 0; page < report.Faults.size(); ++page) {
-        for (const std::string& file : report.Faults[page].ShortFiles)
-            fmt::print(stderr, "driverhost: page {}: {} is incomplete\n", page + 1, file);
-        if (report.Faults[page].MissingChannels > 0)
-            fmt::print(stderr, "driverhost: page {}: {} channels are not written\n", page + 1,
-                       report.Faults[page].MissingChannels);
-    }
+    for (const DriverWord& word : report.Words)
+        Complain("{}{}", word.IsWarning ? "warning: " : "", word.Text);
+    for (std::size_t page = 0; page < report.Faults.size(); ++page)
+        PrintFaults(page, report.Faults[page]);
+    for (const std::string& fault : report.SideFaults)
+        Complain("{}", fault);
     if (report.Message.empty()) return;
-    fmt::print(stderr, "driverhost: {}{}\n", nameJob ? report.Job + ": " : "", report.Message);
+    Complain("{}{}", nameJob ? report.Job + ": " : "", report.Message);
     for (const std::string& name : IncompleteFolders(report))
-        fmt::print(stderr, "driverhost: the folder {} is incomplete\n",
-                   (folder / name).lexically_normal().string());
+        Complain("the folder {} is incomplete", (folder / name).lexically_normal().string());
 }
 
 void PrintReportsAsJson(const std::vector<JobReport>& reports, const fs::path& folder,
@@ -126,10 +148,12 @@ void PrintReportsAsJson(const std::vector<JobReport>& reports, const fs::path& f
                         {"folders", report.Folders},
                         {"incompleteFolders", IncompleteFolders(report)},
                         {"pages", PagesJson(report)},
+                        {"sideFaults", report.SideFaults},
+                        {"driver", WordsJson(report)},
                         {"files", FilesJson(report, folder)},
                         {"bytes", report.Bytes()},
                         {"seconds", report.Seconds},
                         {"bytesPerSecond", report.BytesPerSecond()}});
     const Json all = {{"folder", folder.string()}, {"jobs", jobs}, {"exitStatus", exitStatus}};
-    fmt::print("{}\n", all.dump(2, ' ', false, Json::error_handler_t::replace));
+    Say("{}\n", all.dump(2, ' ', false, Json::error_handler_t::replace));
 }

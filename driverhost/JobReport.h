@@ -5,8 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "driverhost/DriverWords.h"
 #include "driverhost/HostError.h"
 #include "driverhost/OutputFiles.h"
+#include "driverhost/PageCheck.h"
 #include "driverhost/PrintRecord.h"
 
 /// How a job came out.
@@ -31,10 +33,14 @@ struct JobReport {
     Listing Files;
     std::vector<PrintRecord::Page> Pages;  ///< that were begun
     std::vector<PageFaults> Faults;        ///< of each of these
+    std::vector<std::string> SideFaults;   ///< of files that the job promises once
+    std::vector<DriverWord> Words;         ///< what the driver said beside its answers
     double Seconds = 0;
 
     /// Names the fault; what lies on disk then decides between kIncomplete and kFailed.
     void Fail(ExitStatus status, const std::string& message);
+    /// Whether a file that it promises is missing or not whole.
+    bool AnyFault() const;
     std::uintmax_t Bytes() const;
     double BytesPerSecond() const;
 };

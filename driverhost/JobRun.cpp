@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
-#include <numeric>
 
 #include "driverhost/HostError.h"
+#include "host/Text.h"
 #include "platform/Program.h"
 
 namespace {
@@ -27,51 +27,12 @@ NoStream noStream;
 
 }  // namespace
 
-JobRun::JobRun(DriverInterface& driver, const std::vector<ContainerPage>& pages,
-               int32_t channelCount, const std::filesystem::path& folder, const Listing& before)
-    : driver_(driver),
-      pages_(pages),
-      channelCount_(channelCount),
-      folder_(folder),
-      before_(before) {
+JobRun::JobRun(DriverInterface& driver, const PrintPlan& plan, const JobTiles& tiles,
+               const std::filesystem::path& folder)
+    : driver_(driver), plan_(plan), folder_(folder) {
     status_.JobState = kFilePort;
     status_.Copies = 1;
-    status_.RecordVersion = JobStatusRecord::kTileRecordVersion;
-    status_.TileCount = 1;
-}
-
-void JobRun::UseFolders(bool perPage) {
-    if (!perPage || pages_.size() < 2) return;
-    // Pages of a job go through the same door as the tiles of a large picture.
-    tilePages_.resize(pages_.size());
-    std::iota(tilePages_.begin(), tilePages_.end(), 1);
-    tileColumns_.assign(pages_.size(), 0);
-    tileRows_.assign(pages_.size(), 0);
-    PointToTiles();
-}
-
-void JobRun::UseTiles(const TileGrid& grid) {
-    const int64_t count = grid.Columns < 1 || grid.Rows < 1 ? 0 : grid.Count();
-    if (count == 0 || static_cast<int64_t>(pages_.size()) % count != 0)
-        throw HostError(kFailed, fmt::format("the job's {} pages are no whole number of {} x {} "
-                                             "tiles",
-                                             pages_.size(), grid.Columns, grid.Rows));
-    tilePages_.clear();
-    tileColumns_.clear();
-    tileRows_.clear();
-    for (int64_t i = 0; i < static_cast<int64_t>(pages_.size()); ++i) {
-        tilePages_.push_back(static_cast<int32_t>(i / count) + 1);
-        tileRows_.push_back(static_cast<int32_t>(i % count / grid.Columns) + 1);
-        tileColumns_.push_back(static_cast<int32_t>(i % grid.Columns) + 1);
-    }
-    PointToTiles();
-}
-
-void JobRun::PointToTiles() {
-    status_.TileCount = static_cast<int32_t>(pages_.size());
-    status_.TilePageNumbers = tilePages_.data();
-    status_.TileColumnNumbers = tileColumns_.data();
-    status_.TileRowNumbers = tileRows_.data();
+    tiles.PointTo(status_);
 }
 
 void JobRun::SetThumbnail(const std::string& path) {
@@ -85,15 +46,20 @@ void JobRun::Open(const std::filesystem::path& job, const PrintChoice& choice,
     status_.MediaIndex = choice.Media;
     status_.PrintModeIndex = choice.PrintMode;
     status_.ResolutionIndex = choice.Resolution;
+    const auto refuse = [this](const std::string& what) {
+        toldReason_ = StatusReason();
+        throw HostError(kFailed, toldReason_.empty() ? what : toldReason_);
+    };
     if (driver_.OpenJob(&status_, &noStream) == 0)
-        throw HostError(kFailed, fmt::format("the driver cannot open the job {}", path));
+        refuse(fmt::format("the driver cannot open the job {}", path));
     if (driver_.OpenPort(folder_.string().c_str(), sourceName.c_str()) == 0 ||
         status_.JobState == JobStatusRecord::kJobEnded)
-        throw HostError(kFailed, fmt::format("the driver cannot write to {}", folder_.string()));
+        refuse(fmt::format("the driver cannot write to {}", folder_.string()));
 }
 
-JobRun::Ending JobRun::ToEnd() {
-    Progress progress(static_cast<int32_t>(pages_.size()), quiet_);
+JobRun::Ending JobRun::ToEnd(const std::string& jobFolder) {
+    jobFolder_ = jobFolder;
+    Progress progress(static_cast<int32_t>(plan_.Pages.size()), quiet_);
     auto pageStart = std::chrono::steady_clock::now();
     while (status_.JobState != JobStatusRecord::kJobEnded) {
         if (InterruptNoted()) {
@@ -105,7 +71,7 @@ JobRun::Ending JobRun::ToEnd() {
         status_.StatusKind = 0;
         status_.StatusText[0] = '\0';
         if (driver_.ProcessJobStep() == 0) {
-            failure_ = FailureText();
+            toldReason_ = StatusReason();
             driver_.AbortJob();
             if (phase_ != Phase::kPageStart) CheckPageFiles();
             return Ending::kFailed;
@@ -138,29 +104,20 @@ void JobRun::NoteStep(Progress& progress, double seconds) {
 }
 
 void JobRun::CheckPageFiles() {
-    Listing files = ChangedFiles(before_, ListFiles(folder_));
-    if (status_.TileCount > 1) files = FilesOfTile(files, page_ + 1);
     const auto page = static_cast<std::size_t>(page_);
-    if (page >= pages_.size()) return;
+    if (page >= plan_.Pages.size()) return;
     faults_.resize(page + 1);
-    faults_[page] =
-        CheckPage(folder_, files,
-                  {pages_[page].WidthPixels, pages_[page].Rows, pages_[page].Bits, channelCount_});
-    pageFiles_.resize(page + 1);
-    for (const auto& [file, state] : files)
-        pageFiles_[page].push_back(file);
+    faults_[page] = CheckPage(folder_, jobFolder_, plan_.Pages[page]);
 }
 
-std::string JobRun::FailureText() const {
-    const std::string text(status_.StatusText, strnlen(status_.StatusText, 256));
-    const int32_t page = page_ + 1;
-    if (status_.StatusKind != 0 && text.find('%') == std::string::npos && !text.empty())
-        return fmt::format("page {}: {}", page, text);
-    if (phase_ == Phase::kPageStart)
-        return fmt::format(
-            "the driver cannot begin page {}: its data is missing or damaged, or "
-            "its folder cannot be made or is there already",
-            page);
-    return fmt::format("the driver cannot write page {}: its data is damaged, or the disk is full",
-                       page);
+/// A line of progress is no reason.
+std::string JobRun::StatusReason() const {
+    const std::string text(FieldText(status_.StatusText, sizeof status_.StatusText));
+    return status_.StatusKind != 0 && !text.ends_with('%') ? text : "";
+}
+
+const char* JobRun::LikelyReason() const {
+    return phase_ == Phase::kPageStart
+               ? "it cannot be begun: its data is missing or damaged, or its folder cannot be made"
+               : "it cannot be written: its data is damaged, or the disk is full";
 }

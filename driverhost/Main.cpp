@@ -8,6 +8,7 @@
 #include "driverhost/CapabilitiesCommand.h"
 #include "driverhost/CommandTree.h"
 #include "driverhost/DiffCommand.h"
+#include "driverhost/DriverWords.h"
 #include "driverhost/HalftoneCommand.h"
 #include "driverhost/HeaderCommand.h"
 #include "driverhost/HelpCommands.h"
@@ -18,8 +19,11 @@
 #include "driverhost/OptionsCommand.h"
 #include "driverhost/ProofCommand.h"
 #include "driverhost/RunCommand.h"
+#include "driverhost/Speech.h"
 #include "driverhost/TicketCommand.h"
 #include "driverhost/check/CheckCommand.h"
+#include "driverhost/check/Findings.h"
+#include "platform/CodePage.h"
 #include "platform/Program.h"
 
 namespace fs = std::filesystem;
@@ -46,14 +50,37 @@ void SetBaseFolder(const std::string& option) {
     SetEnvironment(kVariable, fs::absolute(folder).string().c_str());
 }
 
-/// Everything that ends the program goes through here as one line and a status.
-int Report(int status, const char* message) {
-    std::fflush(stdout);
-    fmt::print(stderr, "driverhost: {}\n", message);
-    return status;
+/// A host without a word about it is strict: what the driver would rather say than refuse is
+/// refused.
+void SetStrictMode() {
+    constexpr char kVariable[] = "QL_STRICT";
+    if (std::getenv(kVariable) == nullptr) SetEnvironment(kVariable, "1");
 }
 
-int Run(int argc, char** argv) {
+void CheckCodePage() {
+    if (!IsCodePageKnown())
+        Complain(
+            "warning: QL_CODE_PAGE names {}, which this system does not know; texts count as "
+            "UTF-8",
+            std::getenv("QL_CODE_PAGE"));
+}
+
+/// A wrong command line as one line, which leads to the help of the command that it names.
+std::string WrongLine(const CLI::App& app, const CLI::ParseError& error) {
+    const std::vector<CLI::App*> named = app.get_subcommands();
+    if (!named.empty())
+        return fmt::format("{}; see driverhost {} --help", error.what(), named.front()->get_name());
+    std::vector<std::string> names;
+    for (const CLI::App* const command : app.get_subcommands(nullptr))
+        names.push_back(command->get_name());
+    const std::vector<std::string> rest = app.remaining();
+    if (rest.empty() || rest.front().starts_with('-'))
+        return fmt::format("{}; see driverhost --help", error.what());
+    return fmt::format("no command {}{}; see driverhost --help", Quoted(rest.front()),
+                       DidYouMean(rest.front(), {names.begin(), names.end()}));
+}
+
+int Run(int argc, char** argv, DriverWords& words) {
     CLI::App app("Makes print jobs from PDFs and runs them through the output driver.",
                  "driverhost");
     app.require_subcommand(1);
@@ -65,12 +92,18 @@ int Run(int argc, char** argv) {
                    "models beside the program)")
         ->type_name(kFolderArgument);
     CommandTree tree(app);
-    app.parse_complete_callback([&base] { SetBaseFolder(base); });
+    app.parse_complete_callback([&] {
+        SetBaseFolder(base);
+        SetStrictMode();
+        CheckCodePage();
+        // Whoever works at a window sees messages there.
+        words.Listen(!app.got_subcommand("options"));
+    });
     AddModelsCommand(tree);
     AddCapabilitiesCommand(tree);
     AddHalftoneCommand(tree);
     AddMakeJobCommand(tree);
-    AddRunCommand(tree);
+    AddRunCommand(tree, words);
     AddInspectCommand(tree);
     AddDiffCommand(tree);
     AddProofCommand(tree);
@@ -83,23 +116,42 @@ int Run(int argc, char** argv) {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0) return app.exit(error);
-        return Report(kUsage, fmt::format("{}; see driverhost --help", error.what()).c_str());
+        throw HostError(kUsage, WrongLine(app, error));
     }
-    if (std::fflush(stdout) != 0) throw HostError(kFailed, "cannot write the output");
     return tree.Status();
+}
+
+/// Everything that ends the program goes through here as one line and a status.
+int RunToStatus(int argc, char** argv) {
+    DriverWords words;
+    const auto report = [&words](int status, const char* message) {
+        words.SayAll();
+        Complain("{}", message);
+        return status;
+    };
+    try {
+        const int status = Run(argc, argv, words);
+        words.SayAll();
+        return status;
+    } catch (const HostError& error) {
+        return report(error.Status(), error.what());
+    } catch (const std::bad_alloc&) {
+        return report(kFailed, "out of memory");
+    } catch (const std::exception& error) {
+        if (std::ferror(stdout) != 0) return kFailed;  // said below
+        return report(kFailed, error.what());
+    }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    HoldStandardStreams();
     NoteInterrupts();
-    try {
-        return Run(argc, argv);
-    } catch (const HostError& error) {
-        return Report(error.Status(), error.what());
-    } catch (const std::bad_alloc&) {
-        return Report(kFailed, "out of memory");
-    } catch (const std::exception& error) {
-        return Report(kFailed, error.what());
-    }
+    const int status = RunToStatus(argc, argv);
+    // An answer that nobody can read is none.
+    const bool isWritten = std::fflush(stdout) == 0;
+    if (isWritten && std::ferror(stdout) == 0) return status;
+    Complain("cannot write to standard output");
+    return kFailed;
 }

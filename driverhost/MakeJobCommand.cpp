@@ -18,8 +18,11 @@
 #include "driverhost/JobFile.h"
 #include "driverhost/JobScreens.h"
 #include "driverhost/ManufacturerList.h"
+#include "driverhost/ModelList.h"
+#include "driverhost/Overwriting.h"
 #include "driverhost/PageSeparator.h"
 #include "driverhost/Warnings.h"
+#include "driverhost/WhiteChoice.h"
 #include "driverhost/WorkFolder.h"
 
 namespace fs = std::filesystem;
@@ -51,6 +54,7 @@ void CheckChoice(const ChosenPrint& chosen) {
 }
 
 PrintAnswers AskDriver(const MakeJobOptions& options) {
+    RequireModel(options.Model);
     const DriverLibrary library;
     const std::unique_ptr<DriverInterface> driver = library.CreateDriver();
     PrintAnswers answers;
@@ -67,10 +71,23 @@ PrintAnswers AskDriver(const MakeJobOptions& options) {
     return answers;
 }
 
-void CheckJobPath(const fs::path& job) {
+void CheckJobPath(const fs::path& job, const fs::path& input, bool force) {
     std::error_code error;
-    if (fs::is_directory(job, error))
-        throw HostError(kUsage, fmt::format("{} is a folder", job.string()));
+    for (const fs::path& file : {job, ContainerOf(job), SettingsOf(job)}) {
+        if (fs::equivalent(file, input, error))
+            throw HostError(kUsage, fmt::format("{} is the artwork itself", file.string()));
+        const fs::file_status status = fs::status(file, error);
+        if (error == std::errc::filename_too_long)
+            throw HostError(kUsage, fmt::format("the job's name is too long: its settings would be "
+                                                "called {}, which the file system does not take",
+                                                SettingsOf(job).filename().string()));
+        if (fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status))
+            throw HostError(kUsage, fmt::format("{} is no file", file.string()));
+    }
+    RefuseToReplaceOther(job, IsJobFile, "a job that make-job made", force);
+    if (!IsJobFile(job))
+        RefuseToReplaceOther(ContainerOf(job), IsContainer, "a job's pages", force);
+    RefuseToReplaceOther(SettingsOf(job), IsSettingsFile, "a job's settings", force);
     if (!fs::is_directory(job.parent_path(), error))
         throw HostError(kFailed, fmt::format("there is no folder {}", job.parent_path().string()));
     if (job.string().size() >= sizeof JobStatusRecord::JobFilePath)
@@ -129,7 +146,7 @@ void MakeJob(const MakeJobOptions& options) {
     const fs::path job = options.Job.empty() ? fs::path() : fs::absolute(options.Job);
     const TileGrid tiles = ParseTileGrid(options.Tiles);
     if (!job.empty())
-        CheckJobPath(job);
+        CheckJobPath(job, input, options.Force);
     else if (!options.DryRun)
         throw HostError(kUsage, "--output is required");
     const PrintAnswers answers = AskDriver(options);
@@ -146,6 +163,7 @@ void MakeJob(const MakeJobOptions& options) {
                       job.parent_path(), options.BandPixels});
         return;
     }
+    WhiteOrder white(options.White, job, options.Model, chosen.Choice);
     WriteContainer(work.Path(), rasterizer, artwork, spotInks, answers, pages, options.BandPixels);
 
     JobSettings settings;
@@ -155,11 +173,14 @@ void MakeJob(const MakeJobOptions& options) {
     settings.YResolution = chosen.Resolution.YResolution;
     settings.Choice = chosen.Choice;
     settings.Tiles = tiles;
+    settings.Options = white.Block();
+    settings.White = white.Type();
     WriteJobHeader(work.Path() / "job", settings);
     WriteJobSettings(work.Path() / "settings.json", settings);
     MoveIntoPlace(work.Path() / "settings.json", SettingsOf(job));
     MoveIntoPlace(work.Path() / kContainerName, ContainerOf(job));
     MoveIntoPlace(work.Path() / "job", job);  // last: a job file has its other files beside it
+    white.Keep();
     PrintScreens(answers.Screens);
     fmt::print("{}: {} page{} for {}, {} x {} dpi, {}\n", options.Job, pages.size(),
                pages.size() == 1 ? "" : "s", options.Model, settings.XResolution,
@@ -194,6 +215,11 @@ void AddMakeJobCommand(CommandTree& tree) {
         .add_option("--tiles", options.Tiles,
                     "Cut every page into so many columns and rows of tiles")
         ->type_name("COLUMNSxROWS");
+    command.add_option("--white", options.White,
+                       "White treatment, by name or number, where the model offers a choice; "
+                       "without it that of the job in whose place this one comes, else the "
+                       "model's default");
+    command.add_flag("--force", options.Force, "Replace files that are no job's");
     command.add_flag("--dry-run", options.DryRun,
                      "Make nothing: say the pages' sizes, their inks and the disk space needed");
     command

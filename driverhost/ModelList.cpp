@@ -3,11 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <set>
 
 #include "description/DescriptionNodes.h"
 #include "driverhost/HostError.h"
+#include "driverhost/check/Findings.h"
 #include "host/AXMLTree.h"
 
 namespace {
@@ -52,7 +54,40 @@ std::vector<std::string> ModelsOf(const std::string& descriptionFile) {
     return models;
 }
 
+bool IsModel(const std::string& name) {
+    for (const ListedModel& entry : ReadEntries()) {
+        if (!Serves(entry, name)) continue;
+        // One without output rules, or that cannot be read, is the driver's to judge.
+        const std::vector<std::string> models = ModelsOf(entry.DescriptionFile);
+        return models.empty() || std::find(models.begin(), models.end(), name) != models.end();
+    }
+    return false;
+}
+
+/// The models whose names hold the unknown one or are held by it, else the nearest and all.
+std::string ModelsNear(const std::string& unknown) {
+    constexpr std::size_t kMostNames = 20;
+    std::vector<std::string> names;
+    for (const ListedModel& model : ReadModelList())
+        names.push_back(model.Name);
+    std::vector<std::string> near;
+    std::copy_if(names.begin(), names.end(), std::back_inserter(near), [&](const auto& name) {
+        return Folded(name).find(Folded(unknown)) != std::string::npos ||
+               Folded(unknown).find(Folded(name)) != std::string::npos;
+    });
+    if (!near.empty() && !unknown.empty())
+        return fmt::format("; near it: \"{}\"", fmt::join(near, "\", \""));
+    const std::string hint = DidYouMean(unknown, {names.begin(), names.end()});
+    if (names.size() > kMostNames) return hint + "; `driverhost models` lists those that there are";
+    return fmt::format("{}; there are \"{}\"", hint, fmt::join(names, "\", \""));
+}
+
 }  // namespace
+
+void RequireModel(const std::string& name) {
+    if (!IsModel(name))
+        throw HostError(kUsage, fmt::format("no model {}{}", Quoted(name), ModelsNear(name)));
+}
 
 std::vector<ListedModel> ReadModelList() {
     const std::vector<ListedModel> entries = ReadEntries();

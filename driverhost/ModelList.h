@@ -14,3 +14,8 @@ struct ListedModel {
 /// entry serves. A model that an earlier entry takes does not appear again. Throws HostError when
 /// the list cannot be read.
 std::vector<ListedModel> ReadModelList();
+
+/// Throws HostError(kUsage) for a model that no entry of the list serves, or whose description has
+/// output rules for others only; names what there is near it. Throws HostError when the list
+/// cannot be read.
+void RequireModel(const std::string& name);

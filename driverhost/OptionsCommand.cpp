@@ -3,20 +3,20 @@
 #include <fmt/format.h>
 
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
+#include <optional>
 
-#include "description/CDynamic.h"
-#include "description/DriverOptions.h"
-#include "description/ModelOutputSettings.h"
 #include "driverhost/CommandTree.h"
 #include "driverhost/DriverLibrary.h"
+#include "driverhost/JobFile.h"
+#include "driverhost/ModelList.h"
+#include "driverhost/ModelRules.h"
 #include "driverhost/OptionsFile.h"
 #include "driverhost/OptionsPage.h"
+#include "driverhost/Overwriting.h"
 #include "driverhost/SettingsSheet.h"
-#include "driverhost/TextCompare.h"
+#include "driverhost/Speech.h"
+#include "driverhost/WhiteChoice.h"
 #include "host/FileBytes.h"
-#include "host/Numbers.h"
 #include "host/Text.h"
 #include "platform/win32.h"
 
@@ -34,78 +34,81 @@ struct OptionsOptions {
     std::string Decode;
     std::string Output;
     std::string Sheet;
+    bool Force = false;
 };
 
 /// An option block and the model that it is for.
 struct Subject {
+    std::string Path;
     OptionsFile File;
     PrintSettings Settings;
 };
 
 Subject OpenSubject(const OptionsOptions& options, const std::string& path) {
-    Subject subject = {OptionsFile(path), {}};
+    Subject subject = {path, OptionsFile(path), {}};
     const std::string& model = options.Model.empty() ? subject.File.Model() : options.Model;
     if (model.empty())
         throw HostError(kUsage, "say the block's model with --model; only a job file holds one");
+    RequireModel(model);
     CopyText(subject.Settings.ModelName, sizeof subject.Settings.ModelName, model);
     subject.Settings.ColorModeIndex = subject.File.ColorMode();
     return subject;
 }
 
-ModelOutputSettings OfferOf(const PrintSettings& settings) {
-    CDynamic description;
-    ModelOutputSettings model;
-    if (ReadModelOutputSettings(description, settings, model) == 0)
-        throw HostError(kFailed,
-                        fmt::format("the model \"{}\" cannot be read", settings.ModelName));
-    return model;
+ModelRules RulesOf(const PrintSettings& settings) {
+    return {settings.ModelName, {.ColorMode = settings.ColorModeIndex}};
 }
 
-/// The name of a treatment that the model offers; "none" for -1.
-std::string NameOf(int32_t type, const ModelOutputSettings& model) {
-    for (std::size_t i = 0; i < model.WhiteTypeCodes.size(); ++i)
-        if (model.WhiteTypeCodes[i] == type && i < model.WhiteTypeNames.size())
-            return fmt::format("{} ({})", model.WhiteTypeNames[i], type);
-    return type < 0 ? "none" : fmt::format("{}, which the model does not offer", type);
-}
-
-std::string OffersOf(const ModelOutputSettings& model) {
-    std::string offers;
-    for (const int32_t code : model.WhiteTypeCodes)
-        offers += (offers.empty() ? "" : ", ") + NameOf(code, model);
-    return offers.empty() ? "no white ink" : offers;
-}
-
-void Show(Subject& subject) {
-    const ModelOutputSettings model = OfferOf(subject.Settings);
-    int32_t stored = -1;
-    const bool isStored =
-        HasDriverOptions(subject.File.Block) && ReadDriverOptions(subject.File.Block, stored) != 0;
-    fmt::print("model:   {}\noffers:  {}\ndefault: {}\n", subject.Settings.ModelName,
-               OffersOf(model), NameOf(model.DefaultWhiteType, model));
-    if (isStored)
-        fmt::print("stored:  {} in {}\n", NameOf(stored, model), subject.File.Block.FileName);
+void Show(const Subject& subject) {
+    const ModelRules rules = RulesOf(subject.Settings);
+    const ModelOutputSettings& model = rules.Output;
+    Say("model:   {}\noffers:  {}\ndefault: {}\n", subject.Settings.ModelName, WhiteOffers(model),
+        WhiteNameOf(model.DefaultWhiteType, model));
+    const DriverOptionBlock& block = subject.File.Block;
+    const std::optional<int32_t> stored = StoredWhite(block);
+    const std::optional<int32_t> kept =
+        subject.File.IsJob() ? ReadKeptWhite(subject.Path) : std::nullopt;
+    if (stored)
+        Say("stored:  {} in {}\n", WhiteNameOf(*stored, model), OptionsFileName(block));
     else
-        fmt::print("stored:  none, the block names no options file that can be read\n");
+        Say("stored:  none, the block names no options file that can be read\n");
+    if (kept) Say("kept:    {} in the job's settings\n", WhiteNameOf(*kept, model));
 }
 
-/// The position among what the model offers; a name wins over a number.
-int32_t PositionOf(const std::string& value, const ModelOutputSettings& model) {
-    const std::size_t count = std::min(model.WhiteTypeNames.size(), model.WhiteTypeCodes.size());
-    for (std::size_t i = 0; i < count; ++i)
-        if (SameIgnoringCase(model.WhiteTypeNames[i], value)) return static_cast<int32_t>(i);
-    for (std::size_t i = 0; i < model.WhiteTypeCodes.size(); ++i)
-        if (LeadingDecimal(value) == model.WhiteTypeCodes[i]) return static_cast<int32_t>(i);
-    throw HostError(kUsage, fmt::format("no white treatment \"{}\"; the model offers {}", value,
-                                        OffersOf(model)));
+/// Puts a changed block into its file, and the choice into a job's settings. Throws HostError.
+void Save(Subject& subject, const DriverOptionBlock& before) {
+    const std::optional<int32_t> stored = StoredWhite(subject.File.Block);
+    const bool keeps = subject.File.IsJob() && RulesOf(subject.Settings).OffersWhite();
+    const bool isNew = OptionsFileName(before) != OptionsFileName(subject.File.Block);
+    try {
+        if (keeps && stored) KeepWhite(subject.Path, *stored);
+        subject.File.Save();
+    } catch (const HostError&) {
+        if (isNew) RemoveOptionsFile(subject.File.Block);
+        throw;
+    }
+    if (isNew && subject.File.IsJob()) RemoveOptionsFile(before);
 }
 
-void Set(Subject& subject, const std::string& value, const DriverLibrary& library) {
-    const int32_t position = PositionOf(value, OfferOf(subject.Settings));
-    OptionsPage page(library, subject.File.Block, subject.Settings);
-    page.Activate();
-    page.Select(position);
-    page.Deactivate();
+/// A job gets an options file of its own, which no copy of the job shares; a block keeps the one
+/// that it names.
+void Set(Subject& subject, const std::string& treatment, const DriverLibrary& library) {
+    const ModelRules rules = RulesOf(subject.Settings);
+    const int32_t position = WhitePositionOf(treatment, rules.Output);
+    const DriverOptionBlock before = subject.File.Block;
+    if (subject.File.IsJob())
+        subject.File.Block = StoreWhite(library, subject.Settings, rules.Output, position);
+    else
+        StoreWhiteIn(subject.File.Block, library, subject.Settings, rules.Output, position);
+    Save(subject, before);
+}
+
+void Restore(Subject& subject, const DriverLibrary& library) {
+    const DriverOptionBlock before = subject.File.Block;
+    if (subject.File.IsJob()) subject.File.Block = {};
+    OptionsPage(library, subject.File.Block, subject.Settings).Press(kRestoreDefaults);
+    if (StoredWhite(subject.File.Block) != -1) RefuseUnstored();
+    Save(subject, before);
 }
 
 /// Whether somebody or something can answer the driver's dialog.
@@ -123,16 +126,17 @@ void Act(const OptionsOptions& options) {
             throw HostError(kUsage, "say which white treatment to set, by name or number");
         Set(subject, options.Value, library);
     } else if (options.Action == "restore") {
-        OptionsPage(library, subject.File.Block, subject.Settings).Press(kRestoreDefaults);
+        Restore(subject, library);
     } else {
         if (!CanEdit())
             throw HostError(kFailed,
                             "no window can be opened here: set DISPLAY, or answer the "
                             "dialog with a file that QL_DIALOG_SCRIPT names");
+        const DriverOptionBlock before = subject.File.Block;
         library.CreateDriver()->ShowDriverOptions(&subject.File.Block, kShowDialog,
                                                   &subject.Settings, nullptr);
+        Save(subject, before);
     }
-    subject.File.Save();
     Show(subject);
 }
 
@@ -141,6 +145,7 @@ void Decode(const OptionsOptions& options) {
     const auto text = ReadFileBytes(AFilePath(options.Decode));
     if (!text) throw HostError(kFailed, fmt::format("cannot read {}", options.Decode));
     const DriverOptionBlock block = DecodeBlock(*text);
+    RefuseToReplaceOther(options.Output, IsBlockFile, "an option block", options.Force);
     if (!ReplaceFileBytes(AFilePath(options.Output),
                           {reinterpret_cast<const char*>(&block), sizeof block}))
         throw HostError(kFailed, fmt::format("cannot write {}", options.Output));
@@ -154,12 +159,13 @@ void ServeOptions(const OptionsOptions& options) {
                         "say one thing to do: show, set, edit or restore with a file, or "
                         "--encode, --decode or --sheet");
     if (!options.Encode.empty()) {
-        fmt::print("{}\n", EncodeBlock(OptionsFile(options.Encode).Block));
+        Say("{}\n", EncodeBlock(OptionsFile(options.Encode).Block));
     } else if (!options.Decode.empty()) {
         Decode(options);
     } else if (!options.Sheet.empty()) {
         Subject subject = OpenSubject(options, options.Sheet);
-        if (ShowSettingsSheet(subject.File, subject.Settings)) subject.File.Save();
+        const DriverOptionBlock before = subject.File.Block;
+        if (ShowSettingsSheet(subject.File, subject.Settings)) Save(subject, before);
         Show(subject);
     } else {
         Act(options);
@@ -186,12 +192,16 @@ void AddOptionsCommand(CommandTree& tree) {
         ->type_name(kFileArgument);
     command.add_option("-o,--output", options.Output, "The block file that --decode writes")
         ->type_name(kFileArgument);
+    command.add_flag("--force", options.Force,
+                     "Let --decode replace a file that is no option block");
     command
         .add_option("--sheet", options.Sheet,
                     "Show a settings sheet that holds the driver's page, for a job or block file")
         ->type_name(kFileArgument);
     AddHelp(command,
-            "The choice is kept in an options file below the base folder, which the block names.",
+            "The choice is kept in an options file below the base folder, which the block names, "
+            "and\nfor a job also in its settings, from which run makes a missing options file "
+            "again.",
             {"driverhost options show glass.job", "driverhost options set white.job overprint",
              "driverhost options restore white.job",
              "driverhost options --encode white.job > white.txt",

@@ -8,6 +8,7 @@
 
 #include "description/DriverOptions.h"
 #include "driverhost/HostError.h"
+#include "driverhost/JobFile.h"
 #include "host/FileBytes.h"
 #include "host/Text.h"
 
@@ -23,6 +24,7 @@ OptionsFile::OptionsFile(const std::filesystem::path& path) : path_(path) {
     const std::optional<std::string> bytes = ReadFileBytes(AFilePath(path.string()), kMostJobBytes);
     if (!bytes) throw HostError(kFailed, fmt::format("cannot read {}", path.string()));
     bytes_ = *bytes;
+    RefuseArtwork(path);
     isJob_ = bytes_.size() >= sizeof(JobFileHeader);
     if (!isJob_ && bytes_.size() != sizeof Block)
         throw HostError(kFailed, fmt::format("{} is neither a job file nor a block of {} bytes",
@@ -33,6 +35,9 @@ OptionsFile::OptionsFile(const std::filesystem::path& path) : path_(path) {
     }
     JobFileHeader header;
     std::memcpy(&header, bytes_.data(), sizeof header);
+    if (!IsJobHeader(header))
+        throw HostError(kFailed,
+                        fmt::format("{} is no job file: it names no model", path.string()));
     Block = header.Options;
     model_ = FieldText(header.PrinterName, sizeof header.PrinterName);
     colorMode_ = header.ColorModeIndex;
@@ -44,6 +49,15 @@ void OptionsFile::Save() const {
     std::memcpy(bytes.data() + offset, &Block, sizeof Block);
     if (bytes != bytes_ && !ReplaceFileBytes(AFilePath(path_.string()), bytes))
         throw HostError(kFailed, fmt::format("cannot write {}; is the disk full?", path_.string()));
+}
+
+bool IsBlockFile(const std::filesystem::path& path) {
+    const std::optional<std::string> bytes = ReadFileBytes(AFilePath(path.string()), kMostJobBytes);
+    if (!bytes || bytes->size() != sizeof(DriverOptionBlock)) return false;
+    DriverOptionBlock block;
+    std::memcpy(&block, bytes->data(), sizeof block);
+    const std::string_view name = FieldText(block.FileName, sizeof block.FileName);
+    return name.empty() || name.starts_with("QL_");
 }
 
 std::string EncodeBlock(const DriverOptionBlock& block) {

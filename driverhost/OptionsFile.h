@@ -29,6 +29,9 @@ class OptionsFile {
     int32_t colorMode_ = 0;
 };
 
+/// Whether a file holds nothing but a block, as far as its bytes tell.
+bool IsBlockFile(const std::filesystem::path& path);
+
 /// A block in the host's text form, and back. Throws HostError for a text that holds none.
 std::string EncodeBlock(const DriverOptionBlock& block);
 DriverOptionBlock DecodeBlock(const std::string& text);

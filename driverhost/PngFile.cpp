@@ -7,12 +7,9 @@
 #include <system_error>
 
 #include "driverhost/HostError.h"
+#include "platform/Stream.h"
 
 namespace {
-
-struct CloseStream {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
 
 /// The errors show as failed calls; nobody reads the library's own words on standard error.
 void IgnoreWarning(png_structp /*png*/, png_const_charp /*text*/) {}
@@ -46,7 +43,7 @@ bool End(png_structp png) {
 }  // namespace
 
 struct PngFile::Encoder {
-    std::unique_ptr<std::FILE, CloseStream> file;
+    Stream file;
     png_structp png = nullptr;
     png_infop info = nullptr;
 
@@ -86,4 +83,13 @@ void PngFile::Close() {
 
 void PngFile::Fail() const {
     throw HostError(kFailed, fmt::format("cannot write {}; is the disk full?", path_.string()));
+}
+
+bool IsPngFile(const std::filesystem::path& path) {
+    constexpr std::size_t kSignatureBytes = 8;
+    png_byte signature[kSignatureBytes] = {};
+    const Stream file = OpenStream(path.string().c_str(), "rb");
+    return file != nullptr &&
+           std::fread(signature, 1, kSignatureBytes, file.get()) == kSignatureBytes &&
+           png_sig_cmp(signature, 0, kSignatureBytes) == 0;
 }

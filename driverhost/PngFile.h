@@ -28,3 +28,6 @@ class PngFile {
     std::filesystem::path path_;
     std::unique_ptr<Encoder> encoder_;
 };
+
+/// Whether a file begins as a PNG picture does.
+bool IsPngFile(const std::filesystem::path& path);

@@ -3,12 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <fstream>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string_view>
 #include <system_error>
 
 #include "driverhost/HostError.h"
+#include "host/FileBytes.h"
 
 namespace fs = std::filesystem;
 
@@ -39,21 +40,25 @@ PrintRecord RecordOf(const nlohmann::json& json) {
     record.Complete = json.at("complete").get<bool>();
     for (const nlohmann::json& page : json.at("pages"))
         record.Pages.push_back(PageOf(page));
+    if (json.contains("files")) record.Files = json.at("files").get<std::vector<std::string>>();
     return record;
 }
 
 }  // namespace
 
-fs::path PrintRecordPath(const fs::path& folder, const PrintRecord& record) {
-    fs::path name = fs::path(record.SourceName).stem();
-    for (const PrintRecord::Page& page : record.Pages) {
-        if (page.Files.empty()) continue;
-        const fs::path file = page.Files.front();
-        if (file.has_parent_path()) name = *file.begin();
-        break;
-    }
-    name += kSuffix;
-    return folder / name;
+std::vector<std::string> PrintRecord::AllFiles() const {
+    std::vector<std::string> files = Files;
+    for (const Page& page : Pages)
+        files.insert(files.end(), page.Files.begin(), page.Files.end());
+    return files;
+}
+
+fs::path NewPrintRecordPath(const fs::path& folder, const std::string& name) {
+    std::error_code error;
+    fs::path path = folder / fmt::format("{}{}", name, kSuffix);
+    for (int number = 2; fs::exists(fs::symlink_status(path, error)); ++number)
+        path = folder / fmt::format("{}.{}{}", name, number, kSuffix);
+    return path;
 }
 
 void WritePrintRecord(const fs::path& path, const PrintRecord& record) {
@@ -69,18 +74,18 @@ void WritePrintRecord(const fs::path& path, const PrintRecord& record) {
                                    {"pages", nlohmann::ordered_json::array()}};
     for (const PrintRecord::Page& page : record.Pages)
         json["pages"].push_back(ToJson(page));
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file << json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
-    file.close();
-    if (!file)
+    json["files"] = record.Files;
+    const std::string text =
+        json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + '\n';
+    if (!ReplaceFileBytes(AFilePath(path.string()), text))
         throw HostError(kFailed, fmt::format("cannot write {}; is the disk full?", path.string()));
 }
 
 PrintRecord ReadPrintRecord(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) throw HostError(kFailed, fmt::format("cannot read {}", path.string()));
+    const std::optional<std::string> text = ReadFileBytes(AFilePath(path.string()));
+    if (!text) throw HostError(kFailed, fmt::format("cannot read {}", path.string()));
     try {
-        return RecordOf(nlohmann::json::parse(file));
+        return RecordOf(nlohmann::json::parse(*text));
     } catch (const nlohmann::json::exception&) {
         throw HostError(kFailed, fmt::format("{} is damaged", path.string()));
     }

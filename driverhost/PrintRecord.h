@@ -7,9 +7,10 @@
 
 #include "driverhost/Capabilities.h"
 
-/// What `run` notes of a job beside its output folder's files, so that later commands know what a
-/// raw channel file cannot say. The file is NAME.print.json in the output folder, NAME being the
-/// job folder's or the job's name; it holds no times and no paths outside the folder.
+/// What `run` notes of a job beside its output folder's files: what a raw channel file cannot say,
+/// and whose files these are. The file is NAME.print.json in the output folder, NAME being the job
+/// folder's or the job's name; it holds no times and no paths outside the folder. It stands there
+/// before the first page, as not complete and with every file that is to come.
 struct PrintRecord {
     struct Page {
         int64_t WidthPixels = 0;
@@ -25,13 +26,18 @@ struct PrintRecord {
     double YResolution = 0;
     bool Complete = false;  ///< the job ran to its end and no file is missing or short
     std::vector<Page> Pages;
+    std::vector<std::string> Files;  ///< of the job, beside its pages'
+
+    /// Of the job and of its pages.
+    std::vector<std::string> AllFiles() const;
 };
 
-/// Where the record of a job stands that wrote `pages` into `folder`.
-std::filesystem::path PrintRecordPath(const std::filesystem::path& folder,
-                                      const PrintRecord& record);
+/// Where a new record named `name` goes: NAME.print.json, or NAME.2.print.json and so on where
+/// that file is there already.
+std::filesystem::path NewPrintRecordPath(const std::filesystem::path& folder,
+                                         const std::string& name);
 
-/// Throws HostError when it cannot be written.
+/// Complete, or the file stays as it was. Throws HostError when it cannot be written.
 void WritePrintRecord(const std::filesystem::path& path, const PrintRecord& record);
 
 /// Reads the record `path`. Throws HostError for a file that is damaged or none.

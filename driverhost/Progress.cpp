@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <string>
 
+#include "driverhost/Speech.h"
 #include "platform/Program.h"
 
 namespace {
@@ -43,8 +44,8 @@ void Progress::Show(int32_t page, int32_t statusKind, std::string_view statusTex
     constexpr std::size_t kMostText = 40;
     const std::size_t filled = static_cast<std::size_t>(percent * kWidth / 100);
     const std::string bar = std::string(filled, '#') + std::string(kWidth - filled, '-');
-    fmt::print("\r[{}] page {} of {}  {:<{}}", bar, page + 1, pageCount_,
-               statusText.substr(0, kMostText), kMostText);
+    Say("\r[{}] page {} of {}  {:<{}}", bar, page + 1, pageCount_, statusText.substr(0, kMostText),
+        kMostText);
     std::fflush(stdout);
     lineOpen_ = true;
 }
@@ -52,12 +53,12 @@ void Progress::Show(int32_t page, int32_t statusKind, std::string_view statusTex
 void Progress::PageDone(int32_t page, double seconds) {
     if (quiet_) return;
     Clear();
-    fmt::print("page {} of {} written in {:.2f} s\n", page + 1, pageCount_, seconds);
+    Say("page {} of {} written in {:.2f} s\n", page + 1, pageCount_, seconds);
     std::fflush(stdout);
 }
 
 void Progress::Clear() {
     if (!lineOpen_) return;
-    fmt::print("\r{:100}\r", "");
+    Say("\r{:100}\r", "");
     lineOpen_ = false;
 }

@@ -9,6 +9,7 @@
 #include "driverhost/CommandTree.h"
 #include "driverhost/HostError.h"
 #include "driverhost/Interrupt.h"
+#include "driverhost/Overwriting.h"
 #include "driverhost/PageChannels.h"
 #include "driverhost/PngFile.h"
 #include "driverhost/PrintRecord.h"
@@ -99,6 +100,7 @@ void Draw(PageChannels& channels, const std::vector<ProofInk>& inks, const Print
 }  // namespace
 
 void MakeProof(const ProofOptions& options) {
+    RefuseToReplaceOther(options.Output, IsPngFile, "a PNG picture", options.Force);
     const PrintRecord record = FindRecord(options);
     const auto pageCount = static_cast<int64_t>(record.Pages.size());
     if (options.Page < 1 || options.Page > pageCount)
@@ -150,6 +152,7 @@ void AddProofCommand(CommandTree& tree) {
         ->capture_default_str();
     command.add_option("--paper", options.Paper,
                        "Colour of the paper, RRGGBB (default: white; grey under white ink)");
+    command.add_flag("--force", options.Force, "Replace a file that is no PNG picture");
     command
         .add_option("--inks", options.Inks,
                     "Draw these inks alone, by their names, with commas between them")

@@ -15,6 +15,7 @@ struct ProofOptions {
     int64_t LongSide = 1600;
     std::string Paper;              ///< RRGGBB; empty: white, or grey under white ink
     std::vector<std::string> Inks;  ///< the inks that are drawn; empty: all
+    bool Force = false;             ///< replace a file that is no picture
 };
 
 /// Writes a picture of a printed page, put together from its channel files. Throws HostError.

@@ -2,16 +2,9 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <chrono>
-#include <cstdio>
-#include <cstdlib>
 #include <map>
 #include <memory>
-#include <optional>
-#include <set>
 #include <system_error>
-#include <thread>
 
 #include "driverhost/CommandTree.h"
 #include "driverhost/DriverLibrary.h"
@@ -19,43 +12,15 @@
 #include "driverhost/JobFile.h"
 #include "driverhost/JobReport.h"
 #include "driverhost/JobRun.h"
-#include "driverhost/PrintRecord.h"
-#include "platform/FolderLock.h"
+#include "driverhost/ModelList.h"
+#include "driverhost/RunFolders.h"
+#include "driverhost/RunJob.h"
+#include "driverhost/Speech.h"
 #include "platform/Program.h"
 
 namespace fs = std::filesystem;
 
 namespace {
-
-/// The driver's temporary files have one name each below the base folder, so that two jobs at a
-/// time would mix their data: a run waits until no other has the folder. Where the file system
-/// knows no locks, nobody waits.
-void AwaitBaseFolder(FolderLock& lock) {
-    const char* const base = std::getenv("QL_BASE_FOLDER");
-    if (base == nullptr) return;
-    bool said = false;
-    while (lock.TryLock(base) == FolderLock::Answer::kHeldByAnother) {
-        if (InterruptNoted()) throw HostError(kAborted, "interrupted before the first job");
-        if (!said)
-            fmt::print(stderr, "driverhost: another run uses {}: waiting for its end\n", base);
-        said = true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-}
-
-fs::path PrepareFolder(const std::string& folder) {
-    fs::path path = fs::absolute(folder).lexically_normal();
-    std::error_code error;
-    if (!fs::is_directory(path, error)) {
-        if (fs::exists(path, error))
-            throw HostError(kFailed, fmt::format("{} is no folder", folder));
-        fs::create_directories(path, error);
-        if (error)
-            throw HostError(
-                kFailed, fmt::format("cannot create the folder {}: {}", folder, error.message()));
-    }
-    return path;
-}
 
 /// The driver takes a name's drive and extension away, and its own folders stay inside the output
 /// folder; a name that asks for either is a mistake to be told.
@@ -64,6 +29,10 @@ std::string SourceNameOf(const RunOptions& options, const JobSettings& job) {
     if (options.Name.find_first_of("/\\:") != std::string::npos)
         throw HostError(kUsage, fmt::format("a job's name holds no path: {}", options.Name));
     return options.Name + ".job";
+}
+
+std::string DotsText(double x, double y) {
+    return fmt::format("{}x{}", x, y);
 }
 
 /// What the job was made for, where the command line does not say otherwise.
@@ -76,7 +45,17 @@ ChosenPrint ChooseFor(const Capabilities& capabilities, const RunOptions& option
         if (choice.Resolution.empty()) choice.Resolution = std::to_string(job.Choice.Resolution);
     }
     choice.ColorMode = std::to_string(job.Choice.ColorMode);
-    return Choose(capabilities, choice);
+    ChosenPrint chosen = Choose(capabilities, choice);
+    const double x = chosen.Resolution.XResolution;
+    const double y = chosen.Resolution.YResolution;
+    const bool isJobs = static_cast<float>(x) == static_cast<float>(job.XResolution) &&
+                        static_cast<float>(y) == static_cast<float>(job.YResolution);
+    if (!options.Choice.Resolution.empty() && !isJobs)
+        throw HostError(kUsage, fmt::format("the job has {} dpi and is not printed at {}: make it "
+                                            "anew with `driverhost make-job --resolution {}`",
+                                            DotsText(job.XResolution, job.YResolution),
+                                            DotsText(x, y), DotsText(x, y)));
+    return chosen;
 }
 
 /// The drivers of this program: one for each model, since a driver keeps the first that it meets.
@@ -93,29 +72,6 @@ class Drivers {
     std::map<std::string, std::unique_ptr<DriverInterface>> drivers_;  // gone before the library
 };
 
-/// A job that can be run.
-struct ReadyJob {
-    fs::path Path;
-    JobSettings Settings;
-    std::vector<ContainerPage> Pages;
-    std::string SourceName;
-    DriverInterface& Driver;
-    ChosenPrint Chosen;
-};
-
-ReadyJob Prepare(const std::string& job, const RunOptions& options, Drivers& drivers) {
-    const fs::path path = fs::absolute(job).lexically_normal();
-    if (path.string().size() >= sizeof JobStatusRecord::JobFilePath)
-        throw HostError(kUsage, fmt::format("a job's path has at most {} bytes",
-                                            sizeof JobStatusRecord::JobFilePath - 1));
-    const JobSettings settings = ReadJob(path);
-    const std::vector<ContainerPage> pages = ReadJobPages(path);
-    const std::string sourceName = SourceNameOf(options, settings);
-    DriverInterface& driver = drivers.For(settings.Model);
-    const Capabilities capabilities(driver, settings.Model);
-    return {path, settings, pages, sourceName, driver, ChooseFor(capabilities, options, settings)};
-}
-
 /// An absolute path that the driver can take.
 std::string ThumbnailOf(const RunOptions& options) {
     if (options.Thumbnail.empty()) return {};
@@ -129,81 +85,35 @@ std::string ThumbnailOf(const RunOptions& options) {
     return path;
 }
 
-bool AnyFault(const JobReport& report) {
-    return std::any_of(report.Faults.begin(), report.Faults.end(),
-                       [](const PageFaults& faults) { return faults.Any(); });
-}
-
-void KeepRecord(const fs::path& folder, const ReadyJob& job, JobReport& report) {
-    PrintRecord record;
-    record.SourceName = job.SourceName;
-    record.Model = job.Settings.Model;
-    record.Choice = job.Chosen.Choice;
-    record.XResolution = job.Chosen.Resolution.XResolution;
-    record.YResolution = job.Chosen.Resolution.YResolution;
-    record.Complete = report.State == JobState::kComplete;
-    record.Pages = report.Pages;
-    try {
-        WritePrintRecord(PrintRecordPath(folder, record), record);
-    } catch (const HostError& error) {
-        if (report.State == JobState::kComplete) report.Fail(error.Status(), error.what());
-    }
-}
-
-/// Why a job did not come to its end; throws it as the fault that it is.
-void RunToEnd(JobRun& run, const ReadyJob& job) {
-    run.Open(job.Path, job.Chosen.Choice, job.SourceName);
-    switch (run.ToEnd()) {
-        case JobRun::Ending::kDone:
-            return;
-        case JobRun::Ending::kInterrupted:
-            throw HostError(kAborted, "interrupted; the job is aborted");
-        case JobRun::Ending::kFailed:
-            throw HostError(kFailed, run.Failure());
-    }
-}
-
-void Run(const ReadyJob& job, const RunOptions& options, JobReport& report) {
-    if (options.OneFolder && !job.Settings.Tiles.IsWhole())
+ReadyJob Prepare(const std::string& job, const RunOptions& options, Drivers& drivers) {
+    const fs::path path = fs::absolute(job).lexically_normal();
+    if (path.string().size() >= sizeof JobStatusRecord::JobFilePath)
+        throw HostError(kUsage, fmt::format("a job's path has at most {} bytes",
+                                            sizeof JobStatusRecord::JobFilePath - 1));
+    const JobSettings settings = ReadJob(path);
+    if (options.OneFolder && !settings.Tiles.IsWhole())
         throw HostError(kUsage, "a job in tiles needs a folder for each of them");
-    const fs::path folder = PrepareFolder(options.OutputFolder);
-    const std::string thumbnail = ThumbnailOf(options);
-    const Listing before = ListFiles(folder);
-    const std::set<std::string> foldersBefore = ListFolders(folder);
-    JobRun run(job.Driver, job.Pages, static_cast<int32_t>(job.Chosen.Mode.Colorants.size()),
-               folder, before);
-    if (job.Settings.Tiles.IsWhole())
-        run.UseFolders(!options.OneFolder);
-    else
-        run.UseTiles(job.Settings.Tiles);
-    run.SetCopies(options.Copies);
-    run.SetThumbnail(thumbnail);
-    if (options.Json) run.BeQuiet();
-
-    std::optional<HostError> fault;
-    const auto start = std::chrono::steady_clock::now();
-    try {
-        RunToEnd(run, job);
-    } catch (const HostError& error) {
-        fault = error;
-    }
-    report.Seconds =
-        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-
-    report.Files = ChangedFiles(before, ListFiles(folder));
-    report.Folders = FoldersOfJob(foldersBefore, ListFolders(folder), report.Files);
-    report.Faults = run.Faults();
-    for (std::size_t i = 0; i < run.PageFiles().size(); ++i)
-        report.Pages.push_back(
-            {job.Pages[i].WidthPixels, job.Pages[i].Rows, job.Pages[i].Bits, run.PageFiles()[i]});
-    if (!fault && AnyFault(report)) fault = HostError(kIncomplete, "the job is incomplete");
-    report.Status = kSuccess;
-    report.State = JobState::kComplete;
-    if (fault) report.Fail(fault->Status(), fault->what());
-    if (!report.Folders.empty()) KeepRecord(folder, job, report);
+    const std::vector<ContainerPage> pages = ReadJobPages(path);
+    const std::string sourceName = SourceNameOf(options, settings);
+    RequireModel(settings.Model);
+    DriverInterface& driver = drivers.For(settings.Model);
+    const Capabilities capabilities(driver, settings.Model);
+    return {.Path = path,
+            .Header = ReadJobHeader(path),
+            .Settings = settings,
+            .Pages = pages,
+            .SourceName = sourceName,
+            .Driver = driver,
+            .Chosen = ChooseFor(capabilities, options, settings),
+            .Copies = options.Copies,
+            .Thumbnail = ThumbnailOf(options),
+            .OneFolder = options.OneFolder,
+            .MayReplace = {.Complete = options.Replace, .Unknown = options.Force},
+            .IsQuiet = options.Json};
 }
 
-JobReport RunJob(const std::string& name, const RunOptions& options, Drivers& drivers) {
+JobReport TryJob(const std::string& name, const RunOptions& options, Drivers& drivers,
+                 const fs::path& folder) {
     JobReport report;
     report.Job = name;
     if (InterruptNoted()) {
@@ -214,9 +124,10 @@ JobReport RunJob(const std::string& name, const RunOptions& options, Drivers& dr
         const ReadyJob job = Prepare(name, options, drivers);
         report.Model = job.Settings.Model;
         report.SourceName = job.SourceName;
-        Run(job, options, report);
+        RunJob(job, folder, *options.Words, report);
     } catch (const HostError& error) {
         report.Fail(error.Status(), error.what());
+        report.Words = options.Words->Take();
     }
     return report;
 }
@@ -231,7 +142,7 @@ void NoteReplacedFiles(std::vector<JobReport>& reports) {
             if (!earlier.Files.contains(file)) continue;
             earlier.Fail(kIncomplete, fmt::format("{} and other files are replaced by those of {}",
                                                   file, last.Job));
-            fmt::print(stderr, "driverhost: {}: {}\n", earlier.Job, earlier.Message);
+            Complain("{}: {}", earlier.Job, earlier.Message);
             break;
         }
     }
@@ -242,28 +153,28 @@ void NoteReplacedFiles(std::vector<JobReport>& reports) {
 int RunJobs(const RunOptions& options) {
     if (options.Jobs.size() > 1 && !options.Name.empty())
         throw HostError(kUsage, "--name is for one job, not for several");
-    FolderLock baseFolder;
-    AwaitBaseFolder(baseFolder);
+    const OutputFolder folder(options.OutputFolder);
+    const OwnFolders own(folder.Path());
     Drivers drivers;
     std::vector<JobReport> reports;
-    const fs::path folder = fs::absolute(options.OutputFolder).lexically_normal();
     const bool several = options.Jobs.size() > 1;
     for (const std::string& job : options.Jobs) {
-        if (several && !options.Json) fmt::print("{}\n", job);
-        reports.push_back(RunJob(job, options, drivers));
-        if (!options.Json) PrintReport(reports.back(), folder, several);
+        if (several && !options.Json) Say("{}\n", job);
+        reports.push_back(TryJob(job, options, drivers, folder.Path()));
+        if (!options.Json) PrintReport(reports.back(), folder.Path(), several);
         NoteReplacedFiles(reports);
     }
     int status = kSuccess;
     for (const JobReport& report : reports)
         if (status == kSuccess) status = report.Status;
-    if (options.Json) PrintReportsAsJson(reports, folder, status);
+    if (options.Json) PrintReportsAsJson(reports, folder.Path(), status);
     return status;
 }
 
-void AddRunCommand(CommandTree& tree) {
+void AddRunCommand(CommandTree& tree, DriverWords& words) {
     auto [command, options] =
         tree.Add("run", "Run jobs through the driver, which writes their channel files", RunJobs);
+    options.Words = &words;
     command.add_option("JOB", options.Jobs, "Job files that make-job wrote")
         ->required()
         ->type_name(kFileArgument);
@@ -281,6 +192,11 @@ void AddRunCommand(CommandTree& tree) {
         ->type_name(kFileArgument);
     command.add_flag("--one-folder", options.OneFolder,
                      "Write all pages into the same folder, where each replaces the one before");
+    command.add_flag("--replace", options.Replace,
+                     "Replace complete jobs of which a file stands where the job writes one: all "
+                     "their files are removed first");
+    command.add_flag("--force", options.Force,
+                     "Replace files that are no job's, as far as its record says");
     command.add_flag(
         "--json", options.Json,
         "Print a report in JSON instead: files, sizes, SHA-256, seconds, what is wrong");

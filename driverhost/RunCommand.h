@@ -7,6 +7,7 @@
 #include "driverhost/ChoiceOptions.h"
 
 class CommandTree;
+class DriverWords;
 
 struct RunOptions {
     std::vector<std::string> Jobs;
@@ -17,7 +18,10 @@ struct RunOptions {
     std::string Thumbnail;  ///< empty: none
     /// Each page replaces the files of the one before.
     bool OneFolder = false;
+    bool Replace = false;  ///< the files of complete jobs give way
+    bool Force = false;    ///< so do files that no job left
     bool Json = false;
+    DriverWords* Words = nullptr;
 };
 
 /// Runs jobs through the driver one after the other and prints what came of each. Answers the
@@ -25,4 +29,5 @@ struct RunOptions {
 /// with.
 int RunJobs(const RunOptions& options);
 
-void AddRunCommand(CommandTree& tree);
+/// `words` is borrowed.
+void AddRunCommand(CommandTree& tree, DriverWords& words);

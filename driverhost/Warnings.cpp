@@ -2,10 +2,10 @@
 
 #include <fmt/format.h>
 
-#include <cstdio>
+#include "driverhost/Speech.h"
 
 void Warnings::Add(const std::string& text) {
-    if (said_.insert(text).second) fmt::print(stderr, "driverhost: warning: {}\n", text);
+    if (said_.insert(text).second) Complain("warning: {}", text);
 }
 
 void Warnings::AddPlan(const InkPlan& plan, const std::string& mode) {

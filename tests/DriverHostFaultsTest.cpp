@@ -80,7 +80,7 @@ TEST_F(DriverHost, AnswersAWrongCommandLineWithItsOwnStatus) {
     const std::pair<Arguments, int> cases[] = {
         {{}, 2},
         {{"--help"}, 0},
-        {{"capabilities", "Nobody's printer"}, 1},
+        {{"capabilities", "Nobody's printer"}, 2},
         {{"capabilities", std::string(64, 'm')}, 2},
         {{"make-job", "a.pdf", "--model", "Fenland R4", "-o", "x", "--media", "Silk"}, 2},
         {{"make-job", "a.pdf", "--model", "Fenland R4", "-o", "x", "--resolution", "3"}, 2},

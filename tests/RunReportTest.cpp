@@ -99,8 +99,9 @@ TEST_F(RunReport, NamesWhatIsIncomplete) {
         {"tiff cut nothing", 3, "complete incomplete failed ", {}},
         {"tiff --thumbnail nothing", 2, "failed ", {}},
         {"tiff --media Silk", 2, "failed ", {}},
-        // Without folders of their own the second takes the place of the first.
-        {"raw raw", 3, "incomplete complete ", {"."}},
+        // Without folders of their own the second would take the place of the first.
+        {"raw raw", 1, "complete failed ", {}},
+        {"raw raw --replace", 3, "incomplete complete ", {"."}},
     };
     for (const Case& row : cases) {
         fs::remove_all(Path("printed"));
