@@ -34,6 +34,10 @@ BaseFolder::BaseFolder() {
           Temp(), Base() / "temp", Options(), Out(), Jobs()}) {
         fs::create_directories(folder);
     }
+    Use();
+}
+
+void BaseFolder::Use() const {
     setenv("QL_BASE_FOLDER", Base().c_str(), 1);
     setenv("QL_MESSAGE_FILE", (root_ / "messages").c_str(), 1);
     setenv("QL_LOG_FILE", (root_ / "log").c_str(), 1);

@@ -14,6 +14,9 @@ class BaseFolder {
     BaseFolder(const BaseFolder&) = delete;
     BaseFolder& operator=(const BaseFolder&) = delete;
 
+    /// Makes the environment name this folder again, after another was made.
+    void Use() const;
+
     std::filesystem::path Root() const { return root_; }
     std::filesystem::path Base() const { return root_ / "base"; }
     std::filesystem::path Out() const { return root_ / "out"; }
