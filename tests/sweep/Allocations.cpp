@@ -1,6 +1,5 @@
 // Stand-ins for the allocation functions of the process.
 
-#include <cerrno>
 #include <cstdlib>
 #include <new>
 
@@ -9,20 +8,8 @@
 #define VISIBLE __attribute__((visibility("default")))
 
 // AddressSanitizer has an allocator of its own, which nothing may stand in front of: in its build
-// the allocations of libraries do not fail, the driver's own do.
-#ifdef __SANITIZE_ADDRESS__
-
-const bool kLibraryAllocationsFail = false;
-
-namespace {
-void* Allocate(std::size_t size) {
-    return std::malloc(size);
-}
-}  // namespace
-
-#else
-
-const bool kLibraryAllocationsFail = true;
+// the driver's own allocations fail, those of libraries do not.
+#ifndef __SANITIZE_ADDRESS__
 
 extern "C" {
 
@@ -32,33 +19,30 @@ void* __libc_calloc(std::size_t count, std::size_t size);  // NOLINT(bugprone-re
 void* __libc_realloc(void* block, std::size_t size);       // NOLINT(bugprone-reserved-identifier)
 
 VISIBLE void* malloc(std::size_t size) noexcept {
-    return StrikesAllocation(__builtin_return_address(0), false) ? nullptr : __libc_malloc(size);
+    const bool strikes = StrikesAllocation(__builtin_return_address(0), false);
+    return strikes ? nullptr : __libc_malloc(size);
 }
-
 VISIBLE void* calloc(std::size_t count, std::size_t size) noexcept {
-    return StrikesAllocation(__builtin_return_address(0), false) ? nullptr
-                                                                 : __libc_calloc(count, size);
+    const bool strikes = StrikesAllocation(__builtin_return_address(0), false);
+    return strikes ? nullptr : __libc_calloc(count, size);
 }
-
 VISIBLE void* realloc(void* block, std::size_t size) noexcept {
-    return StrikesAllocation(__builtin_return_address(0), false) ? nullptr
-                                                                 : __libc_realloc(block, size);
+    const bool strikes = StrikesAllocation(__builtin_return_address(0), false);
+    return strikes ? nullptr : __libc_realloc(block, size);
 }
 
 }  // extern "C"
 
-namespace {
-void* Allocate(std::size_t size) {
-    return __libc_malloc(size);
-}
-}  // namespace
+#else
+
+extern "C" constexpr auto* __libc_malloc = &std::malloc;  // NOLINT(bugprone-reserved-identifier)
 
 #endif
 
 namespace {
 
 void* AllocateOrNull(std::size_t size, const void* caller) {
-    return StrikesAllocation(caller, true) ? nullptr : Allocate(size == 0 ? 1 : size);
+    return StrikesAllocation(caller, true) ? nullptr : __libc_malloc(size == 0 ? 1 : size);
 }
 
 void* AllocateOrThrow(std::size_t size, const void* caller) {

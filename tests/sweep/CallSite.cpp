@@ -11,26 +11,21 @@
 #include <map>
 #include <string_view>
 
-std::string CodePlace::LibraryName() const {
+std::string_view CodePlace::LibraryName() const {
     const std::string_view path = Library.data();
     const std::string_view name = path.substr(path.rfind('/') + 1);
-    return std::string(name.substr(0, name.find('.')));
+    return name.substr(0, name.find('.'));
 }
 
 bool CodePlace::IsOurs() const {
-    const std::string_view path = Library.data();
-    return path.ends_with("/libOutputDriver.so") || path.ends_with("/libpng3.so");
+    return LibraryName() == "libOutputDriver" || LibraryName() == "libpng3";
 }
 
 bool CodePlace::IsRuntime() const {
     constexpr std::string_view kRuntime[] = {
-        "libc.so", "libstdc++.so", "libgcc_s.so", "ld-linux", "libasan.so", "libubsan.so",
+        "", "libc", "libstdc++", "libgcc_s", "ld-linux-x86-64", "libasan", "libubsan",
     };
-    const std::string_view path = Library.data();
-    const std::string_view name = path.substr(path.rfind('/') + 1);
-    return name.empty() ||
-           std::any_of(std::begin(kRuntime), std::end(kRuntime),
-                       [&](std::string_view part) { return name.starts_with(part); });
+    return std::find(std::begin(kRuntime), std::end(kRuntime), LibraryName()) != std::end(kRuntime);
 }
 
 // Neither allocates nor locks, so that allocations inside the loader can ask as well.
@@ -51,6 +46,8 @@ CallSite CurrentCallSite() noexcept {
         CodePlace place = PlaceOf(addresses[static_cast<std::size_t>(i)]);
         if (place.IsRuntime()) continue;
         --place.Offset;  // into the call, which may be its function's last instruction
+        CodePlace* const last = site.Frames.data() + site.Count - 1;
+        if (site.Count > 0 && !place.IsOurs() && last->Library == place.Library) continue;
         site.Frames[static_cast<std::size_t>(site.Count++)] = place;
     }
     return site;
@@ -58,50 +55,64 @@ CallSite CurrentCallSite() noexcept {
 
 namespace {
 
-/// What the symbol table has for each offset, templates' arguments and parameters left out.
-std::map<uint64_t, std::string> Functions(const std::string& library,
-                                          const std::vector<uint64_t>& offsets) {
-    std::string command = "addr2line -Cfs -e '" + library + "'";
-    for (const uint64_t offset : offsets)
-        command += fmt::format(" {:#x}", offset);
+/// A function's name without its namespace, result, parameters and template arguments.
+std::string ShortName(std::string_view name) {
+    constexpr std::string_view kUnnamed = "(anonymous namespace)::";
+    std::string text;
+    int depth = 0;
+    for (std::size_t i = 0; i < name.size() && name[i] != '\n'; ++i) {
+        if (name.substr(i).starts_with(kUnnamed)) {
+            i += kUnnamed.size() - 1;
+            continue;
+        }
+        if (name[i] == '(' || name[i] == '[') break;
+        if (name[i] == '>') --depth;
+        if (name[i] == ' ' && depth == 0)
+            text.clear();
+        else if (name[i] == '<')
+            ++depth;
+        else if (depth == 0 && name[i] != '>')
+            text += name[i];
+    }
+    return text;
+}
+
+bool HasName(const CodePlace& place) {
+    return place.LibraryName() == "libOutputDriver";
+}
+
+/// What the plug-in's symbol table has for the frames.
+std::map<uint64_t, std::string> Functions(const std::vector<CallSite>& sites) {
     std::map<uint64_t, std::string> names;
-    std::FILE* const pipe = popen((command + " 2>/dev/null").c_str(), "r");
-    if (pipe == nullptr) return names;
-    std::array<char, 4096> line{};
-    for (const uint64_t offset : offsets) {
-        if (std::fgets(line.data(), line.size(), pipe) == nullptr) break;
-        std::string_view name = line.data();
-        constexpr std::string_view kUnnamed = "(anonymous namespace)::";
-        if (name.starts_with(kUnnamed)) name.remove_prefix(kUnnamed.size());
-        names[offset] = name.substr(0, std::min(name.find_first_of("(\n"), name.size()));
+    for (const CallSite& site : sites)
+        for (const CodePlace& place : site.Frames)
+            if (HasName(place)) names[place.Offset];
+    std::string command = "addr2line -Cfs -e '" OUTPUT_DRIVER_LIBRARY "' 2>/dev/null";
+    for (const auto& [offset, name] : names)
+        command += fmt::format(" {:#x}", offset);
+    std::FILE* const pipe = popen(command.c_str(), "r");
+    std::array<char, 8192> line{};
+    for (auto& [offset, name] : names) {
+        if (pipe == nullptr || std::fgets(line.data(), line.size(), pipe) == nullptr) break;
+        name = ShortName(line.data());
         if (std::fgets(line.data(), line.size(), pipe) == nullptr) break;  // the source line
     }
-    pclose(pipe);
+    if (pipe != nullptr) pclose(pipe);
     return names;
 }
 
 }  // namespace
 
 std::vector<std::string> Describe(const std::vector<CallSite>& sites) {
-    std::map<std::string, std::vector<uint64_t>> offsets;
-    for (const CallSite& site : sites)
-        for (int i = 0; i < site.Count; ++i)
-            offsets[site.Frames[static_cast<std::size_t>(i)].Library.data()].push_back(
-                site.Frames[static_cast<std::size_t>(i)].Offset);
-    std::map<std::string, std::map<uint64_t, std::string>> names;
-    for (const auto& [library, places] : offsets)
-        names[library] = Functions(library, places);
+    const std::map<uint64_t, std::string> names = Functions(sites);
     std::vector<std::string> texts;
     for (const CallSite& site : sites) {
-        std::string text;
+        std::string& text = texts.emplace_back();
         for (int i = 0; i < site.Count; ++i) {
             const CodePlace& place = site.Frames[static_cast<std::size_t>(i)];
-            std::string& name = names[place.Library.data()][place.Offset];
-            if (name.empty() || name == "??")
-                name = fmt::format("{}+{:#x}", place.LibraryName(), place.Offset);
-            text += (text.empty() ? "" : " < ") + name;
+            text += fmt::format("{}{}", i == 0 ? "" : " < ",
+                                HasName(place) ? names.at(place.Offset) : place.LibraryName());
         }
-        texts.push_back(text);
     }
     return texts;
 }

@@ -77,6 +77,7 @@ bool StrikesAllocation(const void* caller, bool isOperatorNew) noexcept {
         owner = CurrentCallSite().Frames[0];
         isInside = false;
     }
+    if (owner.Library[0] == '\0') return false;  // the host's own, between two calls
     const bool hadStruck = record->HasStruck;
     const bool strikes = Strikes(owner.IsOurs() ? Call::kAllocation : Call::kLibraryAllocation);
     if (strikes && !hadStruck) record->Owner = owner;

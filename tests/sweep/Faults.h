@@ -62,6 +62,7 @@ struct Injection {
     int32_t Error = 0;  ///< errno of the failed call; 0: it was only cut short
     CallSite Site;      ///< of the first failed call
     CodePlace Owner;    ///< of a failed allocation
+    CallSite Crash;     ///< where the process was killed
 };
 
 /// From here on the calls of armed stretches are counted into `injection`, and `fault` strikes.
@@ -83,6 +84,3 @@ class Armed {
 bool Strikes(Call call) noexcept;
 /// The same for an allocation that `caller` asks for.
 bool StrikesAllocation(const void* caller, bool isOperatorNew) noexcept;
-
-/// Whether allocations of libraries can fail in this build.
-extern const bool kLibraryAllocationsFail;

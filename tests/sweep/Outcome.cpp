@@ -68,6 +68,8 @@ Outcome OutcomeOf(const Scenario& scenario, const Files& right, const RunFacts& 
 }
 
 bool IsKept(Outcome outcome, bool isStrict, const Injection& injection) {
-    if (outcome == Outcome::kCrash) return injection.Owner.Offset != 0 && !injection.Owner.IsOurs();
+    if (outcome == Outcome::kCrash)
+        return injection.Owner.Offset != 0 && !injection.Owner.IsOurs() &&
+               injection.Crash.Count > 0 && !injection.Crash.Frames[0].IsOurs();
     return outcome <= (isStrict ? Outcome::kEntryNamesIt : Outcome::kDoubtSaid);
 }

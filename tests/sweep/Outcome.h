@@ -43,6 +43,6 @@ inline constexpr std::size_t kOutcomeCount = kOutcomeNames.size();
 Outcome OutcomeOf(const Scenario& scenario, const Files& right, const RunFacts& facts,
                   const Fault& fault, const Injection& injection);
 
-/// Whether the driver keeps its word with that end. A library may not survive that an allocation of
-/// its own fails.
+/// Whether the driver keeps its word with that end. A library may crash when an allocation of its
+/// own fails.
 bool IsKept(Outcome outcome, bool isStrict, const Injection& injection);

@@ -2,17 +2,19 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
+#include <functional>
 #include <numeric>
 
 void SweepTable::Add(const RunResult& result) {
     if (!result.Met.HasStruck) return;
     ++runCount_;
-    const std::string library =
-        result.What.What == Call::kLibraryAllocation ? result.Met.Owner.LibraryName() : "";
+    const std::string library(
+        result.What.What == Call::kLibraryAllocation ? result.Met.Owner.LibraryName() : "");
     ++counts_[result.IsStrict ? 1 : 0][{result.What.What, library}]
              [static_cast<std::size_t>(result.End)];
-    if (!IsKept(result.End, result.IsStrict, result.Met)) broken_.push_back(result);
+    const bool isKept = IsKept(result.End, result.IsStrict, result.Met);
+    if (!isKept) ++brokenCount_;
+    if (!isKept || result.End == Outcome::kCrash) noted_.push_back(result);
 }
 
 std::string SweepTable::Markdown(bool isStrict) const {
@@ -45,28 +47,30 @@ std::string SweepTable::Markdown(bool isStrict) const {
     return table + line("all", sums);
 }
 
-std::string SweepTable::Broken(std::size_t mostLines) const {
+std::string SweepTable::Places() const {
     std::vector<CallSite> sites;
-    for (const RunResult& result : broken_)
-        sites.push_back(result.Met.Site);
+    for (const RunResult& result : noted_)
+        sites.push_back(result.End == Outcome::kCrash ? result.Met.Crash : result.Met.Site);
     const std::vector<std::string> places = Describe(sites);
-    std::map<std::string, std::pair<int32_t, const RunResult*>> groups;
-    for (std::size_t i = 0; i < broken_.size(); ++i) {
-        auto& [count, first] = groups[fmt::format(
-            "{}: {} at {}", kOutcomeNames[static_cast<std::size_t>(broken_[i].End)],
-            kCallNames[static_cast<std::size_t>(broken_[i].What.What)], places[i])];
-        if (count++ == 0) first = &broken_[i];
+    std::map<std::string, std::vector<const RunResult*>> groups;
+    for (std::size_t i = 0; i < noted_.size(); ++i) {
+        const RunResult& run = noted_[i];
+        const bool isKept = IsKept(run.End, run.IsStrict, run.Met);
+        groups[fmt::format("{}{}: {}, {}", isKept ? "allowed: " : "",
+                           kOutcomeNames[static_cast<std::size_t>(run.End)],
+                           kCallNames[static_cast<std::size_t>(run.What.What)], places[i])]
+            .push_back(&run);
     }
-    std::vector<std::tuple<int32_t, std::string, const RunResult*>> lines;
-    for (const auto& [text, group] : groups)
-        lines.emplace_back(-group.first, text, group.second);
-    std::sort(lines.begin(), lines.end());
+    std::multimap<std::size_t, std::string, std::greater<>> lines;
+    for (const auto& [text, runs] : groups) {
+        const RunResult& first = *runs.front();
+        lines.emplace(runs.size(),
+                      fmt::format("{:5} {}\n      e.g. {}, {}, {} {}\n", runs.size(), text,
+                                  first.ScenarioName, first.IsStrict ? "strict" : "by default",
+                                  first.What.Position, first.What.Lasts ? "and on" : "once"));
+    }
     std::string report;
-    for (std::size_t i = 0; i < std::min(lines.size(), mostLines); ++i) {
-        const auto& [count, text, run] = lines[i];
-        report += fmt::format("{:5} {}\n      e.g. {}, {}, {} {}\n", -count, text,
-                              run->ScenarioName, run->IsStrict ? "strict" : "by default",
-                              run->What.Position, run->What.Lasts ? "and on" : "once");
-    }
+    for (const auto& [count, line] : lines)
+        report += line;
     return report;
 }

@@ -1,13 +1,10 @@
 // Stand-ins for the calls of the system that touch files. Each asks whether it is to fail and hands
 // the call to the C library otherwise.
 
-#include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
-#include <stdio_ext.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
-#include <sys/uio.h>
 #include <unistd.h>
 
 #include <bitset>
@@ -30,7 +27,7 @@ Function* Next(const char* name) {
 
 std::bitset<1024> hostsDescriptors;  // open on the host's own files
 
-bool IsHostsFile(const char* path) {
+bool IsHosts(const char* path) {
     for (const char* variable : {"QL_LOG_FILE", "QL_MESSAGE_FILE", "QL_DIALOG_SCRIPT"}) {
         const char* const own = std::getenv(variable);
         if (own != nullptr && path != nullptr && std::strcmp(own, path) == 0) return true;
@@ -38,31 +35,23 @@ bool IsHostsFile(const char* path) {
     return false;
 }
 bool IsHosts(int descriptor) {
-    return descriptor >= 0 && static_cast<std::size_t>(descriptor) < hostsDescriptors.size() &&
-           hostsDescriptors[static_cast<std::size_t>(descriptor)];
+    const auto index = static_cast<std::size_t>(descriptor);
+    return index < hostsDescriptors.size() && hostsDescriptors[index];
 }
 bool IsHosts(std::FILE* stream) {
     return stream == stderr || stream == stdout || IsHosts(fileno(stream));
 }
 
-bool Fails(Call call, const char* path) {
-    return !IsHostsFile(path) && Strikes(call);
-}
-bool Fails(Call call, int descriptor) {
-    return !IsHosts(descriptor) && Strikes(call);
+template <class Subject>
+bool Fails(Call call, Subject subject) {
+    return !IsHosts(subject) && Strikes(call);
 }
 /// A stream that fails says so from then on, as after a failed call of its own.
-bool Fails(Call call, std::FILE* stream) {
-    if (IsHosts(stream) || !Strikes(call)) return false;
+bool FailsForGood(Call call, std::FILE* stream) {
+    if (!Fails(call, stream)) return false;
     constexpr int kErrorSeen = 0x20;  // the bit that ferror looks at; nothing offers to set it
     stream->_flags |= kErrorSeen;
     return true;
-}
-
-int Remember(int descriptor, const char* path) {
-    if (descriptor >= 0 && static_cast<std::size_t>(descriptor) < hostsDescriptors.size())
-        hostsDescriptors[static_cast<std::size_t>(descriptor)] = IsHostsFile(path);
-    return descriptor;
 }
 
 /// Half of a transfer, and at least a byte of it.
@@ -72,175 +61,109 @@ std::size_t Taken(Call cut, int descriptor, std::size_t count) {
 
 }  // namespace
 
+// `name` answers `failure` when a call on `subject` (a path, a descriptor or a stream) is to fail.
+#define STAND_IN(result, name, parameters, arguments, call, subject, failure) \
+    VISIBLE result name parameters {                                          \
+        static auto* const next = Next<result parameters>(#name);             \
+        return Fails(Call::call, subject) ? (failure) : next arguments;       \
+    }
+
 extern "C" {
 
 VISIBLE int open(const char* path, int flags, ...) {
-    static auto* const next = Next<decltype(open)>("open");
-    mode_t mode = 0;
-    if ((flags & (O_CREAT | O_TMPFILE)) != 0) {
-        std::va_list more;
-        va_start(more, flags);
-        mode = va_arg(more, mode_t);
-        va_end(more);
-    }
-    return Fails(Call::kOpen, path) ? -1 : Remember(next(path, flags, mode), path);
+    static auto* const next = Next<int(const char*, int, ...)>("open");
+    std::va_list more;
+    va_start(more, flags);
+    const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(more, mode_t) : 0;
+    va_end(more);
+    if (Fails(Call::kOpen, path)) return -1;
+    const int descriptor = next(path, flags, mode);
+    const auto index = static_cast<std::size_t>(descriptor);
+    if (index < hostsDescriptors.size()) hostsDescriptors[index] = IsHosts(path);
+    return descriptor;
 }
-VISIBLE int openat(int folder, const char* path, int flags, ...) {
-    static auto* const next = Next<decltype(openat)>("openat");
-    mode_t mode = 0;
-    if ((flags & (O_CREAT | O_TMPFILE)) != 0) {
-        std::va_list more;
-        va_start(more, flags);
-        mode = va_arg(more, mode_t);
-        va_end(more);
-    }
-    return Fails(Call::kOpen, path) ? -1 : Remember(next(folder, path, flags, mode), path);
-}
-VISIBLE std::FILE* fopen(const char* path, const char* mode) {
-    static auto* const next = Next<decltype(fopen)>("fopen");
-    if (Fails(Call::kOpen, path)) return nullptr;
-    std::FILE* const stream = next(path, mode);
-    if (stream != nullptr) Remember(fileno(stream), path);
-    return stream;
-}
-VISIBLE std::FILE* fdopen(int descriptor, const char* mode) noexcept {
-    static auto* const next = Next<decltype(fdopen)>("fdopen");
-    return Fails(Call::kOpen, descriptor) ? nullptr : next(descriptor, mode);
-}
-VISIBLE DIR* opendir(const char* path) {
-    static auto* const next = Next<decltype(opendir)>("opendir");
-    return Fails(Call::kOpen, path) ? nullptr : next(path);
-}
+STAND_IN(FILE*, fdopen, (int file, const char* mode) noexcept, (file, mode), kOpen, file, nullptr)
 
-VISIBLE ssize_t read(int descriptor, void* buffer, std::size_t count) {
-    static auto* const next = Next<decltype(read)>("read");
-    if (Fails(Call::kRead, descriptor)) return -1;
-    return next(descriptor, buffer, Taken(Call::kShortRead, descriptor, count));
+VISIBLE ssize_t read(int file, void* buffer, std::size_t count) {
+    static auto* const next = Next<ssize_t(int, void*, std::size_t)>("read");
+    if (Fails(Call::kRead, file)) return -1;
+    return next(file, buffer, Taken(Call::kShortRead, file, count));
 }
-VISIBLE ssize_t pread(int descriptor, void* buffer, std::size_t count, off_t offset) {
-    static auto* const next = Next<decltype(pread)>("pread");
-    if (Fails(Call::kRead, descriptor)) return -1;
-    return next(descriptor, buffer, Taken(Call::kShortRead, descriptor, count), offset);
+VISIBLE ssize_t pread(int file, void* buffer, std::size_t count, off_t offset) {
+    static auto* const next = Next<ssize_t(int, void*, std::size_t, off_t)>("pread");
+    if (Fails(Call::kRead, file)) return -1;
+    return next(file, buffer, Taken(Call::kShortRead, file, count), offset);
 }
 VISIBLE std::size_t fread(void* buffer, std::size_t size, std::size_t count, std::FILE* stream) {
-    static auto* const next = Next<decltype(fread)>("fread");
-    return Fails(Call::kRead, stream) ? 0 : next(buffer, size, count, stream);
+    static auto* const next = Next<std::size_t(void*, std::size_t, std::size_t, FILE*)>("fread");
+    return FailsForGood(Call::kRead, stream) ? 0 : next(buffer, size, count, stream);
 }
 
-VISIBLE ssize_t write(int descriptor, const void* data, std::size_t count) {
-    static auto* const next = Next<decltype(write)>("write");
-    if (Fails(Call::kWrite, descriptor)) return -1;
-    return next(descriptor, data, Taken(Call::kShortWrite, descriptor, count));
+VISIBLE ssize_t write(int file, const void* data, std::size_t count) {
+    static auto* const next = Next<ssize_t(int, const void*, std::size_t)>("write");
+    if (Fails(Call::kWrite, file)) return -1;
+    return next(file, data, Taken(Call::kShortWrite, file, count));
 }
-VISIBLE ssize_t pwrite(int descriptor, const void* data, std::size_t count, off_t offset) {
-    static auto* const next = Next<decltype(pwrite)>("pwrite");
-    if (Fails(Call::kWrite, descriptor)) return -1;
-    return next(descriptor, data, Taken(Call::kShortWrite, descriptor, count), offset);
-}
-VISIBLE ssize_t writev(int descriptor, const iovec* parts, int count) {
-    static auto* const next = Next<decltype(writev)>("writev");
-    return Fails(Call::kWrite, descriptor) ? -1 : next(descriptor, parts, count);
+VISIBLE ssize_t pwrite(int file, const void* data, std::size_t count, off_t offset) {
+    static auto* const next = Next<ssize_t(int, const void*, std::size_t, off_t)>("pwrite");
+    if (Fails(Call::kWrite, file)) return -1;
+    return next(file, data, Taken(Call::kShortWrite, file, count), offset);
 }
 // A stream takes half of what no longer fits.
 VISIBLE std::size_t fwrite(const void* data, std::size_t size, std::size_t count,
                            std::FILE* stream) {
-    static auto* const next = Next<decltype(fwrite)>("fwrite");
-    if (!Fails(Call::kWrite, stream)) return next(data, size, count, stream);
+    static auto* const next =
+        Next<std::size_t(const void*, std::size_t, std::size_t, FILE*)>("fwrite");
+    if (!FailsForGood(Call::kWrite, stream)) return next(data, size, count, stream);
     const int error = errno;
     const std::size_t written = next(data, size, count / 2, stream);
     errno = error;
     return written;
 }
-VISIBLE int fflush(std::FILE* stream) {
-    static auto* const next = Next<decltype(fflush)>("fflush");
-    return stream != nullptr && Fails(Call::kWrite, stream) ? EOF : next(stream);
-}
-VISIBLE int fsync(int descriptor) {
-    static auto* const next = Next<decltype(fsync)>("fsync");
-    return Fails(Call::kWrite, descriptor) ? -1 : next(descriptor);
-}
+STAND_IN(int, fflush, (std::FILE * stream), (stream), kWrite, stream, EOF)
+STAND_IN(int, fsync, (int file), (file), kWrite, file, -1)
 
-VISIBLE off_t lseek(int descriptor, off_t offset, int origin) noexcept {
-    static auto* const next = Next<decltype(lseek)>("lseek");
-    return Fails(Call::kSeek, descriptor) ? -1 : next(descriptor, offset, origin);
-}
-VISIBLE int fseeko(std::FILE* stream, off_t offset, int origin) {
-    static auto* const next = Next<decltype(fseeko)>("fseeko");
-    return !IsHosts(stream) && Strikes(Call::kSeek) ? -1 : next(stream, offset, origin);
-}
-VISIBLE off_t ftello(std::FILE* stream) {
-    static auto* const next = Next<decltype(ftello)>("ftello");
-    return !IsHosts(stream) && Strikes(Call::kSeek) ? -1 : next(stream);
-}
+STAND_IN(off_t, lseek, (int file, off_t offset, int origin) noexcept, (file, offset, origin), kSeek,
+         file, -1)
+STAND_IN(int, fseeko, (std::FILE * stream, off_t offset, int origin), (stream, offset, origin),
+         kSeek, stream, -1)
+STAND_IN(off_t, ftello, (std::FILE * stream), (stream), kSeek, stream, -1)
 
 // What fails to close is closed all the same.
-VISIBLE int close(int descriptor) {
-    static auto* const next = Next<decltype(close)>("close");
-    const bool fails = Fails(Call::kClose, descriptor);
+VISIBLE int close(int file) {
+    static auto* const next = Next<int(int)>("close");
+    const bool fails = Fails(Call::kClose, file);
     const int error = errno;
-    const int answer = next(Remember(descriptor, nullptr));
+    const int answer = next(file);
     if (fails) errno = error;
     return fails ? -1 : answer;
 }
 VISIBLE int fclose(std::FILE* stream) {
-    static auto* const next = Next<decltype(fclose)>("fclose");
-    const bool fails = !IsHosts(stream) && Strikes(Call::kClose);
+    static auto* const next = Next<int(FILE*)>("fclose");
+    const bool fails = Fails(Call::kClose, stream);
     const int error = errno;
-    Remember(fileno(stream), nullptr);
     const int answer = next(stream);
     if (fails) errno = error;
     return fails ? EOF : answer;
 }
 
-VISIBLE int stat(const char* path, struct stat* status) noexcept {
-    static auto* const next = Next<int(const char*, struct stat*)>("stat");
-    return Fails(Call::kStat, path) ? -1 : next(path, status);
-}
-VISIBLE int lstat(const char* path, struct stat* status) noexcept {
-    static auto* const next = Next<int(const char*, struct stat*)>("lstat");
-    return Fails(Call::kStat, path) ? -1 : next(path, status);
-}
-VISIBLE int fstat(int descriptor, struct stat* status) noexcept {
-    static auto* const next = Next<int(int, struct stat*)>("fstat");
-    return Fails(Call::kStat, descriptor) ? -1 : next(descriptor, status);
-}
-VISIBLE int access(const char* path, int mode) noexcept {
-    static auto* const next = Next<decltype(access)>("access");
-    return Fails(Call::kStat, path) ? -1 : next(path, mode);
-}
-VISIBLE ssize_t readlink(const char* path, char* buffer, std::size_t size) noexcept {
-    static auto* const next = Next<decltype(readlink)>("readlink");
-    return Fails(Call::kStat, path) ? -1 : next(path, buffer, size);
-}
+STAND_IN(int, stat, (const char* path, struct stat* status) noexcept, (path, status), kStat, path,
+         -1)
+STAND_IN(int, lstat, (const char* path, struct stat* status) noexcept, (path, status), kStat, path,
+         -1)
+STAND_IN(int, fstat, (int file, struct stat* status) noexcept, (file, status), kStat, file, -1)
+STAND_IN(ssize_t, readlink, (const char* path, char* buffer, std::size_t size) noexcept,
+         (path, buffer, size), kStat, path, -1)
 
-VISIBLE int mkdir(const char* path, mode_t mode) noexcept {
-    static auto* const next = Next<decltype(mkdir)>("mkdir");
-    return Fails(Call::kMakeFolder, path) ? -1 : next(path, mode);
-}
-VISIBLE int rename(const char* from, const char* to) noexcept {
-    static auto* const next = Next<decltype(rename)>("rename");
-    return Fails(Call::kRename, from) ? -1 : next(from, to);
-}
-VISIBLE int unlink(const char* path) noexcept {
-    static auto* const next = Next<decltype(unlink)>("unlink");
-    return Fails(Call::kUnlink, path) ? -1 : next(path);
-}
-VISIBLE int remove(const char* path) noexcept {
-    static auto* const next = Next<decltype(remove)>("remove");
-    return Fails(Call::kUnlink, path) ? -1 : next(path);
-}
+STAND_IN(int, mkdir, (const char* path, mode_t mode) noexcept, (path, mode), kMakeFolder, path, -1)
+STAND_IN(int, rename, (const char* from, const char* to) noexcept, (from, to), kRename, from, -1)
+STAND_IN(int, unlink, (const char* path) noexcept, (path), kUnlink, path, -1)
+STAND_IN(int, remove, (const char* path) noexcept, (path), kUnlink, path, -1)
 
-VISIBLE int ftruncate(int descriptor, off_t size) noexcept {
-    static auto* const next = Next<decltype(ftruncate)>("ftruncate");
-    return Fails(Call::kTruncate, descriptor) ? -1 : next(descriptor, size);
-}
-VISIBLE int fallocate(int descriptor, int mode, off_t offset, off_t count) {
-    static auto* const next = Next<decltype(fallocate)>("fallocate");
-    return Fails(Call::kReserve, descriptor) ? -1 : next(descriptor, mode, offset, count);
-}
-VISIBLE int statvfs(const char* path, struct statvfs* space) noexcept {
-    static auto* const next = Next<int(const char*, struct statvfs*)>("statvfs");
-    return Fails(Call::kFreeSpace, path) ? -1 : next(path, space);
-}
+STAND_IN(int, ftruncate, (int file, off_t size) noexcept, (file, size), kTruncate, file, -1)
+STAND_IN(int, fallocate, (int file, int mode, off_t offset, off_t count),
+         (file, mode, offset, count), kReserve, file, -1)
+STAND_IN(int, statvfs, (const char* path, struct statvfs* space) noexcept, (path, space),
+         kFreeSpace, path, -1)
 
 }  // extern "C"
