@@ -60,44 +60,38 @@ std::vector<std::string> LeftFiles(const BaseFolder& folder, const DriverOptionB
     return left;
 }
 
+std::string OptionsText(const BaseFolder& folder, const DriverOptionBlock& block) {
+    return ReadText(folder.Options() / block.FileName);
+}
+
 /// The options of a setting, as the calls of a host and a user's answers change them.
-class OptionsEditor {
-  public:
-    OptionsEditor(const BaseFolder& folder, const Driver& driver, DriverOptionBlock& block)
-        : folder_(folder), driver_(driver), block_(block) {}
-
-    OptionsEnd Edit() {
-        if (!Ensure()) return OptionsEnd::kRefused;
-        if (!Holds(kNoChoice)) return OptionsEnd::kOtherwise;
-        if (!Show("select 0\npress 1\n")) return OptionsEnd::kRefused;
-        if (!Holds(kChoice)) return OptionsEnd::kOtherwise;
-        const DriverOptionBlock before = block_;
-        const std::string text = Text();
-        const bool isShown = Show("press 1003\npress 2\n");
-        if (std::memcmp(&before, &block_, sizeof before) != 0 || Text() != text)
-            return OptionsEnd::kLost;
-        return isShown ? OptionsEnd::kAsOrdered : OptionsEnd::kRefused;
-    }
-    std::string Text() const { return ReadText(folder_.Options() / block_.FileName); }
-
-  private:
-    bool Ensure() {
+OptionsEnd EditOptions(const BaseFolder& folder, const Driver& driver, DriverOptionBlock& block) {
+    const fs::path script = folder.Root() / "script";
+    setenv("QL_DIALOG_SCRIPT", script.c_str(), 1);
+    PrintSettings settings = Settings(kModelName);
+    const auto show = [&](const char* answers) {
+        WriteText(script, answers);
         const Armed armed;
-        return driver_.Call(kEnsureDriverOptions, &block_) != 0;
-    }
-    bool Show(const std::string& script) {
-        WriteText(folder_.Root() / "script", script);
-        setenv("QL_DIALOG_SCRIPT", (folder_.Root() / "script").c_str(), 1);
-        PrintSettings settings = Settings(kModelName);
+        return driver.Call(kShowDriverOptions, &block, kShow, &settings, nullptr);
+    };
+    const auto ensure = [&] {
         const Armed armed;
-        return driver_.Call(kShowDriverOptions, &block_, kShow, &settings, nullptr) != 0;
-    }
-    bool Holds(const std::string& choice) const { return Text().find(choice) != std::string::npos; }
-
-    const BaseFolder& folder_;
-    const Driver& driver_;
-    DriverOptionBlock& block_;
-};
+        return driver.Call(kEnsureDriverOptions, &block);
+    };
+    const auto holds = [&](const char* choice) {
+        return OptionsText(folder, block).find(choice) != std::string::npos;
+    };
+    if (ensure() == 0) return OptionsEnd::kRefused;
+    if (!holds(kNoChoice)) return OptionsEnd::kOtherwise;
+    if (show("select 0\npress 1\n") == 0) return OptionsEnd::kRefused;
+    if (!holds(kChoice)) return OptionsEnd::kOtherwise;
+    const DriverOptionBlock before = block;
+    const std::string text = OptionsText(folder, block);
+    const bool isShown = show("press 1003\npress 2\n") != 0;
+    const bool isSame = std::memcmp(&before, &block, sizeof before) == 0;
+    if (!isSame || OptionsText(folder, block) != text) return OptionsEnd::kLost;
+    return isShown ? OptionsEnd::kAsOrdered : OptionsEnd::kRefused;
+}
 
 /// True when every page is printed.
 bool PrintJob(const Scenario& scenario, const BaseFolder& folder, Job& job) {
@@ -133,10 +127,9 @@ RunFacts Print(const Scenario& scenario, BaseFolder& folder, const Driver& drive
     RunFacts facts;
     JobChoices choices;
     if (scenario.EditsOptions) {
-        OptionsEditor editor(folder, driver, choices.Options);
-        facts.Options = editor.Edit();
+        facts.Options = EditOptions(folder, driver, choices.Options);
         WriteText(folder.Jobs() / "job", JobFileBytes(choices));
-        WriteText(folder.Out() / kOptionsFile, editor.Text());
+        WriteText(folder.Out() / kOptionsFile, OptionsText(folder, choices.Options));
     }
     if (facts.Options == OptionsEnd::kAsOrdered) {
         Job job(driver, folder.Jobs() / "job");

@@ -5,16 +5,22 @@
 #include <functional>
 #include <numeric>
 
-void SweepTable::Add(const RunResult& result) {
-    if (!result.Met.HasStruck) return;
+std::string Describe(const PlannedRun& run) {
+    return fmt::format("{}, {}, {} {} {}", run.Job->Name, run.IsStrict ? "strict" : "by default",
+                       kCallNames[static_cast<std::size_t>(run.What.What)], run.What.Position,
+                       run.What.Lasts ? "and on" : "once");
+}
+
+void SweepTable::Add(const Run& run) {
+    if (!run.Met.HasStruck) return;
     ++runCount_;
     const std::string library(
-        result.What.What == Call::kLibraryAllocation ? result.Met.Owner.LibraryName() : "");
-    ++counts_[result.IsStrict ? 1 : 0][{result.What.What, library}]
-             [static_cast<std::size_t>(result.End)];
-    const bool isKept = IsKept(result.End, result.IsStrict, result.Met);
+        run.What.What == Call::kLibraryAllocation ? run.Met.Owner.LibraryName() : "");
+    const auto outcome = static_cast<std::size_t>(run.End);
+    ++counts_[run.IsStrict ? 1 : 0][{run.What.What, library}][outcome];
+    const bool isKept = IsKept(run.End, run.IsStrict, run.Met);
     if (!isKept) ++brokenCount_;
-    if (!isKept || result.End == Outcome::kCrash) noted_.push_back(result);
+    if (!isKept || run.End == Outcome::kCrash) noted_.push_back(run);
 }
 
 std::string SweepTable::Markdown(bool isStrict) const {
@@ -49,12 +55,12 @@ std::string SweepTable::Markdown(bool isStrict) const {
 
 std::string SweepTable::Places() const {
     std::vector<CallSite> sites;
-    for (const RunResult& result : noted_)
-        sites.push_back(result.End == Outcome::kCrash ? result.Met.Crash : result.Met.Site);
+    for (const Run& run : noted_)
+        sites.push_back(run.End == Outcome::kCrash ? run.Met.Crash : run.Met.Site);
     const std::vector<std::string> places = Describe(sites);
-    std::map<std::string, std::vector<const RunResult*>> groups;
+    std::map<std::string, std::vector<const Run*>> groups;
     for (std::size_t i = 0; i < noted_.size(); ++i) {
-        const RunResult& run = noted_[i];
+        const Run& run = noted_[i];
         const bool isKept = IsKept(run.End, run.IsStrict, run.Met);
         groups[fmt::format("{}{}: {}, {}", isKept ? "allowed: " : "",
                            kOutcomeNames[static_cast<std::size_t>(run.End)],
@@ -63,11 +69,8 @@ std::string SweepTable::Places() const {
     }
     std::multimap<std::size_t, std::string, std::greater<>> lines;
     for (const auto& [text, runs] : groups) {
-        const RunResult& first = *runs.front();
-        lines.emplace(runs.size(),
-                      fmt::format("{:5} {}\n      e.g. {}, {}, {} {}\n", runs.size(), text,
-                                  first.ScenarioName, first.IsStrict ? "strict" : "by default",
-                                  first.What.Position, first.What.Lasts ? "and on" : "once"));
+        lines.emplace(runs.size(), fmt::format("{:5} {}\n      e.g. {}\n", runs.size(), text,
+                                               Describe(*runs.front())));
     }
     std::string report;
     for (const auto& [count, line] : lines)

@@ -3,25 +3,32 @@
 #include <array>
 #include <map>
 #include <string>
-#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "sweep/Outcome.h"
 
-/// One run and how it ended.
-struct RunResult {
-    std::string ScenarioName;
+struct PlannedRun {
+    const Scenario* Job = nullptr;
     bool IsStrict = false;
     Fault What;
-    Outcome End = Outcome::kRight;
+};
+
+/// A run and how it ended. Plain data: it lies where the run's process and the sweep both see it,
+/// and a process that is killed leaves it as a crash.
+struct Run : PlannedRun {
+    Outcome End = Outcome::kCrash;
     Injection Met;
 };
+
+/// "plane order, strict, write 3 and on".
+std::string Describe(const PlannedRun& run);
 
 /// Counts of runs, and where those happened that say something.
 class SweepTable {
   public:
     /// Runs whose call did not come again are not counted.
-    void Add(const RunResult& result);
+    void Add(const Run& run);
     int32_t RunCount() const { return runCount_; }
     int32_t BrokenCount() const { return brokenCount_; }
 
@@ -36,7 +43,7 @@ class SweepTable {
     using Counts = std::array<int32_t, kOutcomeCount>;
 
     std::array<std::map<Row, Counts>, 2> counts_;  // by default, strict
-    std::vector<RunResult> noted_;
+    std::vector<Run> noted_;
     int32_t runCount_ = 0;
     int32_t brokenCount_ = 0;
 };
