@@ -84,7 +84,11 @@ OptionsEnd EditOptions(const BaseFolder& folder, const Driver& driver, DriverOpt
     if (ensure() == 0) return OptionsEnd::kRefused;
     if (!holds(kNoChoice)) return OptionsEnd::kOtherwise;
     if (show("select 0\npress 1\n") == 0) return OptionsEnd::kRefused;
-    if (!holds(kChoice)) return OptionsEnd::kOtherwise;
+    if (!holds(kChoice)) {
+        const std::string reports = ReadText(folder.Root() / "messages");
+        const bool isOffered = reports.find("\"selection\":0") != std::string::npos;
+        return isOffered ? OptionsEnd::kOtherwise : OptionsEnd::kRefused;
+    }
     const DriverOptionBlock before = block;
     const std::string text = OptionsText(folder, block);
     const bool isShown = show("press 1003\npress 2\n") != 0;

@@ -14,7 +14,7 @@ inline constexpr const char* kOptionsFile = "QL_DROP_";
 /// How the calls of the options ended, as a host sees it.
 enum class OptionsEnd {
     kAsOrdered,
-    kRefused,    ///< a call answered 0
+    kRefused,    ///< a call answered 0, or the dialog did not offer the choice
     kOtherwise,  ///< the calls answered 1, and the stored choice is not the one ordered
     kLost,       ///< a cancelled dialog did not leave the options as they were
 };
