@@ -100,9 +100,9 @@ TEST(AFilePath, TellsMissingFromUnknown) {
     } cases[] = {
         {"file", Existence::kExists, 0},
         {"", Existence::kExists, 0},
-        {"none", Existence::kMissing, 0},
-        {"none/below", Existence::kMissing, 0},
-        {"file/below", Existence::kMissing, 0},
+        {"none", Existence::kMissing, ENOENT},
+        {"none/below", Existence::kMissing, ENOENT},
+        {"file/below", Existence::kMissing, ENOTDIR},
         {"loop", Existence::kUnknown, ELOOP},
         {"loop/below", Existence::kUnknown, ELOOP},
         {std::string(300, 'n'), Existence::kUnknown, ENAMETOOLONG},

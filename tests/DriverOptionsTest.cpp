@@ -103,7 +103,7 @@ TEST_F(DriverOptions, AreLookedAtWithoutATrace) {
         {"QL_DROP_damaged", OptionsState::kUnreadable, last, 0},
         {"QL_DROP_folder", OptionsState::kUnreadable, last, 0},
         {"QL_DROP_loop", OptionsState::kUnreadable, folder.Options(), ELOOP},
-        {"QL_DROP_missing", OptionsState::kMissing, folder.Options(), 0},
+        {"QL_DROP_missing", OptionsState::kMissing, folder.Options(), ENOENT},
         {"QL_DROP/read", OptionsState::kNone, {}, 0},
         {"", OptionsState::kNone, {}, 0},
     };

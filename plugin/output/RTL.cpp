@@ -63,18 +63,26 @@ int32_t RTL::OpenJob(JobContext* job, int32_t reserved, HostOutput* output,
     pageFolders_.clear();
     endHeaders_.clear();
     if (ReadModelOutputSettings(description_, JobSettings(), model_) == 0) {
-        // The message box has said what is wrong with it; this says where to look.
-        LogText what;
-        what << "the description of \"" << std::string_view(job->PrinterName)
-             << "\" cannot be read";
-        report_.Fail({kSource, __LINE__}, what.View(),
-                     FindModelDescriptionFile(job->PrinterName).value_or("ZeComFile.xml"));
+        FailDescription();
         return 0;
     }
     NoteJobDoubts(report_, description_, model_, *job);
     APageBaseRTL::OpenJob(job, reserved, output, options);
     channelCount_ = track_->ColorantCount;
     return 1;
+}
+
+/// A message box has said what is wrong with the description, if it could be read at all; this says
+/// where to look.
+void RTL::FailDescription() {
+    const std::optional<AString> file = FindModelDescriptionFile(job_->PrinterName);
+    const AFilePath path =
+        AFilePath().Append("OutputDrivers").Append(file.value_or("ZeComFile.xml"));
+    LogText what;
+    what << "the description of \"" << std::string_view(job_->PrinterName) << "\" cannot be read";
+    int reason = 0;
+    path.LookFor(&reason);
+    report_.Fail({kSource, __LINE__}, what.View(), path.shownName(), reason);
 }
 
 int32_t RTL::AbortJob() {

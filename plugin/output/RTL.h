@@ -85,6 +85,7 @@ class RTL : public APageBaseRTL {
   private:
     PrintSettings JobSettings() const;
     bool LoadDescription(const PrintSettings* settings);
+    void FailDescription();
     void SizeLines();
     void ReadWhiteChoice();
     void NotePageDoubts();
