@@ -44,8 +44,8 @@ void PrintFacts(const RunFacts& facts) {
 
 /// The run, in its own process, against the files of one without a fault (null: this is that).
 Outcome Execute(Run& run, const Files* right, BaseFolder& folder, bool isVerbose) {
-    setenv("QL_STRICT", run.IsStrict ? "1" : "", 1);
     folder.Use();
+    setenv("QL_STRICT", run.IsStrict ? "1" : "", 1);
     PlanFault(run.What, run.Met);
     const int32_t position = run.What.Position;
     const bool aborts = position % 2 == 0;
