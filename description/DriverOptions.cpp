@@ -16,6 +16,8 @@
 #include "host/Numbers.h"
 #include "host/QL_LOG.h"
 #include "host/Text.h"
+#include "platform/PathRules.h"
+#include "platform/win32.h"
 
 namespace {
 
@@ -27,8 +29,12 @@ constexpr const char* kElement = "DriverOptions";
 constexpr const char* kAttribute = "SupportWhiteType";
 constexpr const char* kNoneChosen = "-1";
 
+AFilePath OptionsFolder(std::string_view folder) {
+    return AFilePath().Append(folder).Append("OptionsDrivers");
+}
+
 AFilePath OptionsPath(std::string_view folder, std::string_view name) {
-    return AFilePath().Append(folder).Append("OptionsDrivers").Append(name);
+    return OptionsFolder(folder).Append(name);
 }
 
 /// The options file name that the block holds; nothing when it holds none, or one that would
@@ -39,7 +45,7 @@ std::optional<std::string_view> OptionsName(const DriverOptionBlock& block) {
     if (FindText(name, kNamePrefix) == kNone) return std::nullopt;
     if (FindCharacter(name, '/') != kNone || FindCharacter(name, '\\') != kNone)
         return std::nullopt;
-    if (!OptionsPath(kNewFileFolder, name).isValid()) return std::nullopt;  // a drive
+    if (!AFilePath::CanAppend(name)) return std::nullopt;  // a drive
     return name;
 }
 
@@ -222,17 +228,19 @@ OptionsState PeekDriverOptions(const DriverOptionBlock& block, int32_t& whiteTyp
 }
 
 DriverOptionsEdit::DriverOptionsEdit(DriverOptionBlock& block, WriterId writer)
-    : block_(block), before_(block), writer_(writer) {}
+    : block_(block),
+      before_(block),
+      writer_(writer),
+      newFile_(OptionsFolder(kNewFileFolder).fullPath() + kPathSeparator) {
+    newFile_.reserve(newFile_.size() + kMostNameCharacters);
+}
 
 DriverOptionsEdit::~DriverOptionsEdit() {
     if (isKept_) return;
     const bool hasOther = NamesAnother();
     const DriverOptionBlock made = std::exchange(block_, before_);
-    try {
-        if (hasOther) DeleteNamedFile(made);
-    } catch (...) {
-        // Without memory for its path the file stays, which no block names.
-    }
+    const auto name = OptionsName(made);
+    if (hasOther && name) DeleteFileA(newFile_.append(*name).c_str());  // allocates nothing
 }
 
 void DriverOptionsEdit::StartOver() {

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "host/AFilePath.h"
+#include "host/AString.h"
 #include "host/Records.h"
 #include "host/WriterId.h"
 
@@ -74,6 +75,7 @@ class DriverOptionsEdit {
     const DriverOptionBlock before_;
     WriterId writer_;
     bool isKept_ = false;
+    AString newFile_;  ///< the folder of new files, with room for a name behind
 };
 
 /// Restores the first 200 bytes of a block from the host's text form. False, with the block

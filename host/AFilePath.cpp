@@ -16,33 +16,31 @@ bool StartsWithDrive(std::string_view component) {
     return (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z');
 }
 
-std::vector<std::string_view> Components(std::string_view text) {
-    std::vector<std::string_view> components;
+/// Calls `visit` with each component of `text` until it answers false. Whether all were visited.
+template <class Visit>
+bool VisitComponents(std::string_view text, Visit visit) {
     std::size_t start = 0;
     while (start < text.size()) {
         std::size_t end = start;
         while (end < text.size() && !IsPathSeparator(text[end]))
             end += CharacterBytes(text.substr(end));
-        if (end > start) components.push_back(text.substr(start, end - start));
+        if (end > start && !visit(text.substr(start, end - start))) return false;
         start = end + 1;
     }
-    return components;
+    return true;
 }
 
-/// The components of a name with "." and ".." resolved; false when it leaves its folder.
-bool ResolveName(std::string_view name, std::vector<std::string_view>& resolved) {
-    for (const std::string_view component : Components(name)) {
-        if (StartsWithDrive(component)) return false;
-        if (component == ".") continue;
-        if (component != "..") {
-            resolved.push_back(component);
-        } else if (!resolved.empty()) {
+/// The components of a name with "." and ".." resolved.
+std::vector<std::string_view> ResolvedName(std::string_view name) {
+    std::vector<std::string_view> resolved;
+    VisitComponents(name, [&](std::string_view component) {
+        if (component == "..")
             resolved.pop_back();
-        } else {
-            return false;
-        }
-    }
-    return true;
+        else if (component != ".")
+            resolved.push_back(component);
+        return true;
+    });
+    return resolved;
 }
 
 /// Separators unified, repeated ones folded, none at the end but for a root.
@@ -77,13 +75,22 @@ AFilePath::AFilePath() : AFilePath(BaseFolder()) {}
 
 AFilePath::AFilePath(std::string_view text) : path_(Normalize(text)) {}
 
+bool AFilePath::CanAppend(std::string_view name) noexcept {
+    std::size_t depth = 0;
+    return VisitComponents(name, [&](std::string_view component) {
+        if (StartsWithDrive(component)) return false;
+        if (component == "..") return depth-- > 0;
+        if (component != ".") ++depth;
+        return true;
+    });
+}
+
 AFilePath& AFilePath::Append(std::string_view name) {
-    std::vector<std::string_view> components;
-    if (!valid_ || !ResolveName(name, components)) {
+    if (!valid_ || !CanAppend(name)) {
         Invalidate(name);
         return *this;
     }
-    for (const std::string_view component : components) {
+    for (const std::string_view component : ResolvedName(name)) {
         const bool isRoot = FindLastCharacter(path_, kPathSeparator) == path_.size() - 1;
         if (!isRoot) path_ += kPathSeparator;
         path_ += component;

@@ -25,6 +25,8 @@ class AFilePath {
     /// this folder ("..") or that starts one of its components with a drive (one letter and ':')
     /// makes the path invalid. Answers this path.
     AFilePath& Append(std::string_view name);
+    /// Whether a path that is valid would stay so. Allocates nothing.
+    static bool CanAppend(std::string_view name) noexcept;
 
     bool isValid() const { return valid_; }
     /// Whether a file or folder stands there. `systemError`, where given, receives the system's

@@ -1,30 +1,29 @@
 #include "ui/DialogScript.h"
 
 #include <cstdlib>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "host/FileBytes.h"
 #include "host/Numbers.h"
-#include "platform/CodePage.h"
 #include "ui/messages/MessageFile.h"
 
 namespace {
 
 void Report(DialogSurface& dialog) {
     const DialogTemplate& shape = dialog.Template();
-    nlohmann::ordered_json report = {{"dialog", shape.Id},
-                                     {"items", nlohmann::ordered_json::array()},
-                                     {"selection", dialog.Selection()},
-                                     {"visible", nlohmann::ordered_json::array()}};
+    std::string items;
     for (const std::string& item : dialog.Items())
-        report["items"].push_back(AnsiToUtf8(item));
-    for (std::size_t i = 0; i < shape.ControlCount; ++i)
-        if (dialog.IsVisible(shape.Controls[i].Id))
-            report["visible"].push_back(shape.Controls[i].Id);
-    AppendToMessageFile(report.dump());
+        items += (items.empty() ? "" : ",") + JsonText(item);
+    std::string visible;
+    for (std::size_t i = 0; i < shape.ControlCount; ++i) {
+        const int id = shape.Controls[i].Id;
+        if (dialog.IsVisible(id)) visible += (visible.empty() ? "" : ",") + std::to_string(id);
+    }
+    AppendToMessageFile(R"({"dialog":)" + std::to_string(shape.Id) + R"(,"items":[)" + items +
+                        R"(],"selection":)" + std::to_string(dialog.Selection()) +
+                        R"(,"visible":[)" + visible + "]}");
 }
 
 /// The number behind a command's word; nothing for another command.

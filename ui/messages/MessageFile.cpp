@@ -1,8 +1,10 @@
 #include "ui/messages/MessageFile.h"
 
 #include <cstdlib>
+#include <nlohmann/json.hpp>
 
 #include "platform/AppendToFile.h"
+#include "platform/CodePage.h"
 
 namespace {
 
@@ -19,4 +21,8 @@ bool HasMessageFile() {
 
 bool AppendToMessageFile(const std::string& json) {
     return AppendToFile(MessageFilePath(), json + '\n');
+}
+
+std::string JsonText(std::string_view text) {
+    return nlohmann::json(AnsiToUtf8(text)).dump();
 }

@@ -1,9 +1,8 @@
 #include "ui/messages/ShowMessage.h"
 
 #include <cstdint>
-#include <nlohmann/json.hpp>
+#include <string>
 
-#include "platform/CodePage.h"
 #include "platform/afx.h"
 #include "ui/messages/MessageFile.h"
 #include "ui/messages/StringTable.h"
@@ -11,13 +10,11 @@
 namespace {
 
 bool FileMessage(const char* text, UINT type, HWND owner, const char* caption) {
-    const nlohmann::ordered_json message = {
-        {"text", AnsiToUtf8(text)},
-        {"caption", caption == nullptr ? std::string() : AnsiToUtf8(caption)},
-        {"type", type},
-        {"owner", static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(owner))},
-    };
-    return AppendToMessageFile(message.dump());
+    const auto window = reinterpret_cast<std::uintptr_t>(owner);
+    return AppendToMessageFile(R"({"text":)" + JsonText(text) + R"(,"caption":)" +
+                               JsonText(caption == nullptr ? "" : caption) + R"(,"type":)" +
+                               std::to_string(type) + R"(,"owner":)" + std::to_string(window) +
+                               '}');
 }
 
 }  // namespace
