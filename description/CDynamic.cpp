@@ -60,9 +60,13 @@ int32_t CDynamic::LoadDescription(const char* modelName) {
 
 bool CDynamic::ReadDescription(const char* modelName) {
     root_ = AXMLTreeNode();  // of what an earlier load left when memory ran out
-    const std::optional<AString> fileName = FindModelDescriptionFile(modelName);
+    failedFile_ = ModelListPath();
+    failedReason_ = 0;
+    const std::optional<AString> fileName = FindModelDescriptionFile(modelName, &failedReason_);
     if (!fileName) return ShowFault("Cannot get XML ");
-    if (document_.loadFromFileEn(AFilePath().Append("OutputDrivers").Append(*fileName), 1) == 0) {
+    failedFile_ = AFilePath().Append("OutputDrivers").Append(*fileName);
+    if (document_.loadFromFileEn(failedFile_, 1) == 0) {
+        failedReason_ = document_.SystemError();
         return ShowFault("Loading description file fails");
     }
     if (document_.getRootNode(root_) == 0) return ShowFault("Getting root node fails");

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "description/DescriptionLists.h"
+#include "host/AFilePath.h"
 #include "host/AXMLTree.h"
 #include "host/Records.h"
 
@@ -48,6 +49,10 @@ class CDynamic {
     virtual int32_t FindChildByID(const AXMLTreeNode& parent, int32_t identifier,
                                   AXMLTreeNode* child);
 
+    /// The file at which the last load failed: the model list or the description.
+    const AFilePath& FailedFile() const { return failedFile_; }
+    /// The system's number for why that file could not be read; 0 where what it holds is at fault.
+    int FailedReason() const { return failedReason_; }
     /// The model name with which the description was loaded; "" before a load.
     const AString& LoadedModelName() const { return modelName_; }
     /// Whether those who go by identifiers and those who go by positions mean the same: the colour
@@ -67,6 +72,8 @@ class CDynamic {
     void CopyColorModeName(int32_t position, char* name) const;
 
     int32_t loaded_ = 0;
+    AFilePath failedFile_;
+    int failedReason_ = 0;
     AString modelName_;
     AEnXMLTree document_{"RootElement"};
     AXMLTreeNode root_;

@@ -138,10 +138,14 @@ bool Reader::ReadColorant(const AXMLTreeNode& colorant, ColorModeColorants& colo
 
 }  // namespace
 
-std::optional<AString> FindModelDescriptionFile(const AString& modelName) {
+AFilePath ModelListPath() {
+    return AFilePath().Append("OutputDrivers").Append("ZeComFile.xml");
+}
+
+std::optional<AString> FindModelDescriptionFile(const AString& modelName, int* systemError) {
     AEnXMLTree models("RootElement");
-    if (models.loadFromFileEn(AFilePath().Append("OutputDrivers").Append("ZeComFile.xml"), 1) ==
-        0) {
+    if (models.loadFromFileEn(ModelListPath(), 1) == 0) {
+        if (systemError != nullptr) *systemError = models.SystemError();
         return std::nullopt;
     }
     return FindModelDescriptionFile(models, modelName);

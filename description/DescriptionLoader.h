@@ -5,12 +5,16 @@
 #include "description/CDynamic.h"
 #include "description/DescriptionLists.h"
 
+/// The model list, in the base folder.
+AFilePath ModelListPath();
+
 /// Characters of a description's name in the model list; more are cut off.
 inline constexpr std::size_t kMostFileNameCharacters = 255;
 
 /// The file that the model list names for a model, at most 255 characters; nothing when the list
-/// cannot be read or has no entry for the model.
-std::optional<AString> FindModelDescriptionFile(const AString& modelName);
+/// cannot be read, where `systemError` receives the system's number, or has no entry for the model.
+std::optional<AString> FindModelDescriptionFile(const AString& modelName,
+                                                int* systemError = nullptr);
 /// The same in a model list that is loaded.
 std::optional<AString> FindModelDescriptionFile(const AXMLTree& models, const AString& modelName);
 

@@ -52,8 +52,13 @@ AXMLTree::AXMLTree(std::string_view rootName) : document_(std::make_unique<Docum
 
 AXMLTree::~AXMLTree() = default;
 
+std::optional<std::string> AXMLTree::ReadFile(const AFilePath& path) {
+    systemError_ = 0;
+    return ReadFileBytes(path, kMostTextBytes, &systemError_);
+}
+
 int32_t AXMLTree::loadFromFile(const AFilePath& path, int32_t /*flag*/) {
-    const std::optional<std::string> bytes = ReadFileBytes(path);
+    const std::optional<std::string> bytes = ReadFile(path);
     return LoadBytes(bytes ? std::string_view(*bytes) : std::string_view());
 }
 
@@ -165,7 +170,7 @@ int32_t AXMLTree::setAttribute(const AXMLTreeNode& node, std::string_view name,
 }
 
 int32_t AEnXMLTree::loadFromFileEn(const AFilePath& path, int32_t /*flag*/) {
-    std::optional<std::string> bytes = ReadFileBytes(path);
+    std::optional<std::string> bytes = ReadFile(path);
     wasEncoded_ = bytes && IsGzip(*bytes);
     if (wasEncoded_) bytes = InflateGzip(*bytes, kMostTextBytes);
     return LoadBytes(bytes ? std::string_view(*bytes) : std::string_view());

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
+#include <string>
 #include <string_view>
 
 #include "host/AFilePath.h"
@@ -35,6 +37,9 @@ class AXMLTree {
     int32_t loadFromFile(const AFilePath& path, int32_t flag);
     /// Reads XML text in memory.
     int32_t loadXML(std::string_view text, int32_t flag);
+    /// The system's number for why the last file could not be read; 0 when it could, or what it
+    /// holds is at fault.
+    int SystemError() const { return systemError_; }
     /// Writes the document as UTF-8 XML. What was loaded keeps its comments, blanks and order.
     /// The file is replaced as a whole, see ReplaceFileBytes: a failed save leaves the old one, and
     /// `systemError`, where given, receives the system's number for it, 0 where it gave none.
@@ -58,9 +63,12 @@ class AXMLTree {
   protected:
     struct Document;
     int32_t LoadBytes(std::string_view bytes);
+    /// The whole file, noting the system's number when it cannot be read.
+    std::optional<std::string> ReadFile(const AFilePath& path);
 
   private:
     std::unique_ptr<Document> document_;
+    int systemError_ = 0;
 };
 
 /// A document that can also be read in encoded form: gzip-compressed XML.

@@ -61,9 +61,12 @@ int Descriptor(HANDLE file) {
     return static_cast<int>(reinterpret_cast<std::intptr_t>(file));
 }
 
-bool IsFolder(int descriptor) {
+/// Whether it is open on anything but a folder; why not is in errno.
+bool IsNoFolder(int descriptor) {
     struct stat status = {};
-    return fstat(descriptor, &status) != 0 || S_ISDIR(status.st_mode);
+    if (fstat(descriptor, &status) != 0) return false;
+    if (S_ISDIR(status.st_mode)) errno = EISDIR;
+    return !S_ISDIR(status.st_mode);
 }
 
 bool CopyBytes(int from, int to) {
@@ -98,10 +101,11 @@ HANDLE CreateFileA(const char* path, DWORD access, DWORD /*share*/, void* /*secu
     const int rights = writes ? (reads ? O_RDWR : O_WRONLY) : O_RDONLY;
     // O_NONBLOCK: opening a pipe that nobody writes to must not hang the host.
     int descriptor = open(native.Get(), rights | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666);
-    if (descriptor >= 0 && IsFolder(descriptor)) {
+    if (descriptor >= 0 && !IsNoFolder(descriptor)) {
+        const int reason = errno;
         close(descriptor);
         descriptor = -1;
-        errno = EISDIR;
+        errno = reason;
     }
     if (descriptor >= 0 && !reads && !writes) {
         // No access rights: the file exists now, and only its name is held.

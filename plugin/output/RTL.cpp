@@ -3,7 +3,6 @@
 #include <limits>
 
 #include "PrinterDriver/Common/Xsrc/JobFault.h"
-#include "description/DescriptionLoader.h"
 #include "description/DriverOptions.h"
 #include "host/LogText.h"
 #include "host/QLCopyFile.h"
@@ -75,14 +74,10 @@ int32_t RTL::OpenJob(JobContext* job, int32_t reserved, HostOutput* output,
 /// A message box has said what is wrong with the description, if it could be read at all; this says
 /// where to look.
 void RTL::FailDescription() {
-    const std::optional<AString> file = FindModelDescriptionFile(job_->PrinterName);
-    const AFilePath path =
-        AFilePath().Append("OutputDrivers").Append(file.value_or("ZeComFile.xml"));
     LogText what;
     what << "the description of \"" << std::string_view(job_->PrinterName) << "\" cannot be read";
-    int reason = 0;
-    path.LookFor(&reason);
-    report_.Fail({kSource, __LINE__}, what.View(), path.shownName(), reason);
+    report_.Fail({kSource, __LINE__}, what.View(), description_.FailedFile().shownName(),
+                 description_.FailedReason());
 }
 
 int32_t RTL::AbortJob() {
