@@ -45,11 +45,10 @@ int BMP_Writer::Save() {
     Put(infoHeader + 8, 4, height_);
     Put(infoHeader + 12, 2, 1);  // planes
     Put(infoHeader + 14, 2, kBitsPerPixel);
-    // A preview is optional: one that the disk does not take is short, and the page goes on.
-    std::fwrite(fileHeader, 1, sizeof fileHeader, file_.get());
-    std::fwrite(infoHeader, 1, sizeof infoHeader, file_.get());
+    Write(fileHeader, sizeof fileHeader);
+    Write(infoHeader, sizeof infoHeader);
     for (auto row = rows_.rbegin(); row != rows_.rend(); ++row)
-        std::fwrite(row->data(), 1, row->size(), file_.get());
-    file_.reset();
+        Write(row->data(), row->size());
+    CloseFile();
     return 1;
 }

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+#include "platform/SystemError.h"
+#include "platform/win32.h"
+
 Image_Writer::~Image_Writer() = default;
 
 void Image_Writer::SetSize(const AString& name, int width, int height) {
@@ -11,8 +14,29 @@ void Image_Writer::SetSize(const AString& name, int width, int height) {
 }
 
 bool Image_Writer::OpenFile() {
+    failure_ = {};
+    ForgetSystemError();
     file_ = name_.empty() ? nullptr : OpenStream(name_.c_str(), "wb");
+    if (file_ == nullptr) failure_ = {"the preview cannot be created", LastSystemError()};
+    ForgetSystemError();
     return file_ != nullptr;
+}
+
+void Image_Writer::Write(const void* bytes, std::size_t count) {
+    if (failure_.isWriteFailure || count == 0) return;
+    if (std::fwrite(bytes, 1, count, file_.get()) != count) FailWrite();
+}
+
+void Image_Writer::CloseFile() {
+    if (std::fclose(file_.release()) != 0) FailWrite();
+    // What remains would pass for a picture.
+    if (failure_.isWriteFailure && DeleteFileA(name_.c_str()) == FALSE)
+        Fail("the preview cannot be written, and what is there of it cannot be removed");
+}
+
+void Image_Writer::FailWrite() {
+    if (!failure_.isWriteFailure)
+        failure_ = {"the preview cannot be written", LastSystemError(), true};
 }
 
 void Image_Writer::Create(const AString& name, int width, int height) {
@@ -30,7 +54,7 @@ void Image_Writer::SetPixel(int x, int y, unsigned char r, unsigned char g, unsi
 int Image_Writer::Save() {
     if (!OpenFile()) return 0;
     for (const std::vector<uint32_t>& row : rows_)
-        std::fwrite(row.data(), sizeof(uint32_t), row.size(), file_.get());
-    file_.reset();
+        Write(row.data(), sizeof(uint32_t) * row.size());
+    CloseFile();
     return 1;
 }

@@ -70,28 +70,48 @@ void PNG_Writer::SetPixel(int x, int y, unsigned char r, unsigned char g, unsign
 
 int PNG_Writer::Save() {
     if (!OpenFile()) return 0;
-    const Stream file = std::move(file_);
+    const char* message = nullptr;
+    const int answer = WritePicture(message);
+    CloseFile();
+    if (message != nullptr) ShowMessage(message);
+    return answer;
+}
+
+/// Whether a step of the library's went well; what went wrong is kept.
+bool PNG_Writer::IsDone(bool succeeded) {
+    if (succeeded) return true;
+    if (std::ferror(file_.get()) != 0)
+        FailWrite();
+    else
+        Fail("the PNG library refuses the preview");
+    return false;
+}
+
+/// What Save answers; `message` is what is to be shown of it.
+int PNG_Writer::WritePicture(const char*& message) {
     PngLibrary library;
+    Fail("there is no PNG library for the preview");
     if (!library.Open()) return 1;
     const Structures png(library);
+    Fail("the PNG library cannot begin the preview");
     if (png.Info() == nullptr) return 0;
+    Fail(nullptr);
     const bool started = Succeeds([&] {
-        library.InitIo(png.Write(), file.get());
+        library.InitIo(png.Write(), file_.get());
         library.SetWriteStatusFn(png.Write(), &IgnoreStatus);
         library.SetIhdr(png.Write(), png.Info(), static_cast<uint32_t>(width_),
                         static_cast<uint32_t>(height_), kBitDepth, kColorTypeRgb, 0, 0, 0);
     });
-    if (!started) return 0;
-    if (!Succeeds([&] { library.WriteInfo(png.Write(), png.Info()); })) {
-        ShowMessage("Exception caught in png_write_info");
+    if (!IsDone(started)) return 0;
+    if (!IsDone(Succeeds([&] { library.WriteInfo(png.Write(), png.Info()); }))) {
+        message = "Exception caught in png_write_info";
         return 1;
     }
     const bool written = Succeeds([&] {
         for (auto row = rows_.rbegin(); row != rows_.rend(); ++row)
             library.WriteRow(png.Write(), row->data());
     });
-    if (!written) ShowMessage("Exception caught in png_write_row");
-    // After a failed row there is nothing to say of a failed end.
-    Succeeds([&] { library.WriteEnd(png.Write(), nullptr); });
+    if (!IsDone(written)) message = "Exception caught in png_write_row";
+    IsDone(Succeeds([&] { library.WriteEnd(png.Write(), nullptr); }));
     return 1;
 }

@@ -97,6 +97,12 @@ __attribute__((visibility("default"))) ssize_t pread(int file, void* buffer, std
     return -1;
 }
 
+__attribute__((visibility("default"))) int unlink(const char* path) noexcept {
+    if (!Fails(Call::kRemove)) return static_cast<int>(syscall(SYS_unlink, path));
+    errno = EACCES;
+    return -1;
+}
+
 __attribute__((visibility("default"))) void* malloc(std::size_t bytes) noexcept {
     static auto* const next = Next<void*(std::size_t)>("malloc");
     return FailsToAllocate() ? nullptr : next(bytes);

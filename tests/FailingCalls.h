@@ -7,6 +7,7 @@
 /// Calls of this process, libraries included, that a test lets fail.
 enum class Call {
     kRead,      ///< pread; its reason is EIO
+    kRemove,    ///< unlink; its reason is EACCES
     kAllocate,  ///< of C and C++
     kNew,       ///< of C++ alone
 };

@@ -53,13 +53,17 @@ PLATFORM_EXPORT png_structp PNGAPI png_create_write_struct(png_const_charp versi
     static const auto create =
         Installed<png_structp(png_const_charp, png_voidp, png_error_ptr, png_error_ptr)>(
             "png_create_write_struct");
-    png_struct* const png = create(PNG_LIBPNG_VER_STRING, nullptr, &JumpOut, &IgnoreWarning);
+    png_structp png = create(PNG_LIBPNG_VER_STRING, nullptr, &JumpOut, &IgnoreWarning);
     if (png == nullptr) return nullptr;
     // A preview of halftoned ink is noise, on which libpng's own choices take longer than all else
     // that a page's preview costs, for files that are hardly smaller.
-    png_set_compression_level(png, kFastCompression);
-    png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_UP);
-    return png;
+    const bool isSet = Run(png, [&] {
+        png_set_compression_level(png, kFastCompression);
+        png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_UP);
+    });
+    if (isSet) return png;
+    png_destroy_write_struct(&png, nullptr);
+    return nullptr;
 }
 
 PLATFORM_EXPORT png_infop PNGAPI png_create_info_struct(png_const_structrp png) {

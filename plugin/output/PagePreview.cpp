@@ -23,57 +23,63 @@ AString PreviewFileName(const ModelOutputSettings& model, const AString& jobName
                                      : SubstituteJobName(model.PreviewName, jobName);
 }
 
-std::vector<int32_t> PreviewPlanes(const std::vector<AString>& separations) {
-    std::vector<int32_t> planes;
-    for (const AString& name : separations) {
-        const auto* const ink =
-            std::find_if(std::begin(kProcessInks), std::end(kProcessInks),
-                         [&](std::string_view known) { return EqualsIgnoringCase(known, name); });
-        const bool isProcess = ink != std::end(kProcessInks);
-        planes.push_back(isProcess ? static_cast<int32_t>(ink - std::begin(kProcessInks)) : -1);
+std::vector<int32_t> PreviewPlanes(const std::vector<AString>& separations,
+                                   std::span<const uint32_t> printed) {
+    std::vector<int32_t> planes(separations.size(), -1);
+    bool hasProcess = false;
+    for (const uint32_t separation : printed) {
+        const auto* const ink = std::find_if(
+            std::begin(kProcessInks), std::end(kProcessInks), [&](std::string_view known) {
+                return EqualsIgnoringCase(known, separations[separation]);
+            });
+        if (ink == std::end(kProcessInks)) continue;
+        planes[separation] = static_cast<int32_t>(ink - std::begin(kProcessInks));
+        hasProcess = true;
     }
-    const bool hasProcess =
-        std::any_of(planes.begin(), planes.end(), [](int32_t plane) { return plane >= 0; });
-    for (std::size_t i = 0; !hasProcess && i < planes.size(); ++i)
-        planes[i] = i < PreviewScaler::kPlanes ? static_cast<int32_t>(i) : -1;
+    for (std::size_t i = 0; !hasProcess && i < planes.size() && i < PreviewScaler::kPlanes; ++i)
+        planes[i] = static_cast<int32_t>(i);
     return planes;
 }
 
 void PagePreview::StartPage(const ModelOutputSettings& model, PreviewPage page,
                             const AString& path) {
     Discard();
-    const bool bestFit = model.PreviewBestFit != 0;
     failure_ = {};
-    path_ = path;
-    if (!HasPreviewSides(model) || page.sourceWidth < 1 || page.sourceRows < 1) {
+    try {
+        path_ = path;
+        page_ = std::move(page);
+        if (Begin(model)) return;
         Fail("there is no preview of the size that the model asks for");
-        return;
+    } catch (const std::bad_alloc&) {  // the page is worth more than its preview
+        Fail(kNoMemory);
     }
-    page_ = std::move(page);
+    Discard();
+}
+
+/// False when there is no preview of the page's size.
+bool PagePreview::Begin(const ModelOutputSettings& model) {
+    if (!HasPreviewSides(model) || page_.sourceWidth < 1 || page_.sourceRows < 1) return false;
     scaler_ = std::make_unique<PreviewScaler>();
-    if (bestFit)
+    if (model.PreviewBestFit != 0)
         scaler_->InitBestFit(model.PreviewSizeV, page_.sourceWidth, page_.sourceRows,
                              page_.xResolution, page_.yResolution);
     else
         scaler_->Init(model.PreviewSizeV, model.PreviewSizeH, page_.sourceWidth, page_.sourceRows,
                       page_.xResolution, page_.yResolution);
     const PreviewGeometry& geometry = scaler_->Geometry();
-    if (!IsPreviewSize(geometry.previewWidth, geometry.previewHeight)) {
-        Fail("there is no preview of the size that the model asks for");
-        Discard();
-        return;
-    }
+    if (!IsPreviewSize(geometry.previewWidth, geometry.previewHeight)) return false;
     if (model.PreviewType == "PNG")
         writer_ = std::make_unique<PNG_Writer>();
     else
         writer_ = std::make_unique<BMP_Writer>();
+    return true;
 }
 
 void PagePreview::AddLine(uint32_t separation, int32_t row, const uint8_t* line) {
     if (scaler_ == nullptr || separation >= page_.planes.size()) return;
     try {
         scaler_->AddRow(row, line, page_.lineBytes, page_.bits, page_.planes[separation]);
-    } catch (const std::bad_alloc&) {  // the page is worth more than its preview
+    } catch (const std::bad_alloc&) {  // likewise
         Fail(kNoMemory);
         Discard();
     }

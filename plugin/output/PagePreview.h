@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -13,9 +14,11 @@
 /// File name of a page's preview and of the host's thumbnail.
 AString PreviewFileName(const ModelOutputSettings& model, const AString& jobName);
 
-/// The plane that each separation of a page feeds, by their internal names; -1 for none. The
-/// process inks feed their own; on a page without any the first four separations do, in order.
-std::vector<int32_t> PreviewPlanes(const std::vector<AString>& separations);
+/// The plane that each separation of a page feeds, by their internal names; -1 for none. `printed`
+/// are the positions of those that are output. The process inks among them feed their own; where
+/// none is, the page's first four separations do, in order.
+std::vector<int32_t> PreviewPlanes(const std::vector<AString>& separations,
+                                   std::span<const uint32_t> printed);
 
 /// What a page is to its preview.
 struct PreviewPage {
@@ -53,6 +56,7 @@ class PagePreview {
     PreviewFailure Failure() const;
 
   private:
+    bool Begin(const ModelOutputSettings& model);
     void Fail(const char* text) { failure_ = {text}; }
 
     AString path_;

@@ -151,7 +151,7 @@ void RTL::StartPreview() {
                         .yResolution = track_->TargetYResolution,
                         .lineBytes = lineBytes_,
                         .bits = track_->MaximumBits,
-                        .planes = PreviewPlanes(separations)},
+                        .planes = PreviewPlanes(separations, track_->PageChannelOrder)},
                        folder_.File(PreviewFileName(model_, jobName_)).fullPath());
 }
 

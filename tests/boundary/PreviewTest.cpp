@@ -111,15 +111,23 @@ TEST_F(PreviewTest, Pixels) {
     EXPECT_TRUE(folder.Messages().empty());
 }
 
-// One pixel of full ink in each separation by turns.
+// One pixel of full ink in each separation by turns. An ink that the colour mode does not print
+// does not count.
 TEST_F(PreviewTest, PlanesBySeparation) {
-    const std::pair<Texts, std::string> cases[] = {
-        {{"C1", "C2", "C3", "C4", "C5"}, "CMYKW"},
-        {{"Gold", "black", "Silver", "Cyan"}, "WKWC"},
-        {{"Gray"}, "C"},
+    struct Row {
+        Texts Inks;  ///< of the page
+        std::string Colors;
+        Texts Printed;  ///< by the model; none: all
     };
-    for (const auto& [inks, colors] : cases) {
-        InstallPreview(R"(bestFit="0" sizeV="3" sizeH="3")", inks);
+    const Row rows[] = {
+        {{"C1", "C2", "C3", "C4", "C5"}, "CMYKW", {}},
+        {{"Gold", "black", "Silver", "Cyan"}, "WKWC", {}},
+        {{"Gray"}, "C", {}},
+        {{"Gold", "Black", "Silver"}, "CWY", {"Silver", "Gold"}},
+        {{"Gold", "Black", "Cyan"}, "WWC", {"Gold", "Cyan"}},
+    };
+    for (const auto& [inks, colors, printed] : rows) {
+        InstallPreview(R"(bestFit="0" sizeV="3" sizeH="3")", printed.empty() ? inks : printed);
         for (std::size_t inked = 0; inked < inks.size(); ++inked) {
             Page page = {1, 1, {}};
             for (std::size_t i = 0; i < inks.size(); ++i)
@@ -250,7 +258,8 @@ TEST_F(PreviewTest, PngLibrariesThatAreMissingOrFail) {
     driver.reset();
 }
 
-// A disk that is full in the middle of the picture, and a folder of its name: the page goes on.
+// A disk that is full in the middle of the picture, and a folder of its name: the page goes on
+// without, and the log says so.
 TEST_F(PreviewTest, PicturesThatCannotBeWritten) {
     const Page page = RandomPage(400, 300, {{"Cyan"}, {"Magenta"}, {"Black"}}, 1);
     for (const char* type : {"PNG", "BMP"}) {
@@ -261,11 +270,18 @@ TEST_F(PreviewTest, PicturesThatCannotBeWritten) {
         const FileSizeLimit limit(20'000);
         EXPECT_TRUE(IsPrinted(job.Run()));
         EXPECT_EQ(Output("Proof_C3.raw"), ChannelBytes(page, "Black"));
+        EXPECT_FALSE(fs::exists(folder.Out() / "picture")) << type;
+        ASSERT_FALSE(folder.Log().empty()) << type;
+        const std::string entry = folder.Log().back();
+        EXPECT_EQ(entry[0], 'E') << entry;
+        EXPECT_NE(entry.find("Proof: the preview cannot be written: "), std::string::npos) << entry;
+        EXPECT_NE(entry.find("picture: File too large"), std::string::npos) << entry;
     }
     EXPECT_EQ(folder.Messages(), Texts{"Exception caught in png_write_row"});
     EmptyOutputFolder();
     fs::create_directory(folder.Out() / "picture");
     EXPECT_TRUE(Print({page}));
+    EXPECT_EQ(folder.Log().back()[0], 'W');
 }
 
 }  // namespace
