@@ -11,6 +11,8 @@
 #include "driverhost/HostError.h"
 #include "host/AFilePath.h"
 #include "host/Text.h"
+#include "plugin/output/HeaderFile.h"
+#include "plugin/output/JobTicket.h"
 #include "plugin/output/LineSize.h"
 #include "plugin/output/OutputNames.h"
 #include "plugin/output/PagePreview.h"

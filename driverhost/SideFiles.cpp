@@ -6,6 +6,8 @@
 #include <system_error>
 
 #include "host/FileBytes.h"
+#include "plugin/output/HeaderFile.h"
+#include "plugin/output/JobTicket.h"
 #include "preview/PreviewGeometry.h"
 
 namespace fs = std::filesystem;

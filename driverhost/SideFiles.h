@@ -7,8 +7,9 @@
 
 #include "description/ModelOutputSettings.h"
 #include "driverhost/Container.h"
-#include "plugin/output/HeaderFile.h"
-#include "plugin/output/JobTicket.h"
+
+struct HeaderFacts;
+struct TicketFacts;
 
 enum class SideKind { kHeader, kTicket, kPreview, kThumbnail };
 

@@ -133,8 +133,11 @@ WhiteOrder::WhiteOrder(const std::string& treatment, const fs::path& job, const 
             throw HostError(kUsage, fmt::format("{} offers no white ink to choose", model));
         return;
     }
-    if (IsJobFile(job)) TakeFrom(job, model, rules.Output);
-    if (treatment.empty()) return;
+    if (IsJobFile(job)) TakeFrom(job, model);
+    if (treatment.empty()) {
+        if (type_ && *type_ >= 0) Say("white: {}, as before\n", WhiteNameOf(*type_, rules.Output));
+        return;
+    }
     const int32_t position = WhitePositionOf(treatment, rules.Output);
     PrintSettings settings;
     CopyText(settings.ModelName, sizeof settings.ModelName, model);
@@ -144,8 +147,7 @@ WhiteOrder::WhiteOrder(const std::string& treatment, const fs::path& job, const 
     isMade_ = true;
 }
 
-void WhiteOrder::TakeFrom(const fs::path& job, const std::string& model,
-                          const ModelOutputSettings& offer) {
+void WhiteOrder::TakeFrom(const fs::path& job, const std::string& model) {
     const JobFileHeader header = ReadJobHeader(job);
     if (FieldText(header.PrinterName, sizeof header.PrinterName) != model) return;
     if (!NamesOptionsFile(header.Options)) return;
@@ -158,7 +160,6 @@ void WhiteOrder::TakeFrom(const fs::path& job, const std::string& model,
         return;
     }
     block_ = header.Options;
-    if (*type_ >= 0) Say("white: {}, as before\n", WhiteNameOf(*type_, offer));
 }
 
 WhiteOrder::~WhiteOrder() {

@@ -64,8 +64,7 @@ class WhiteOrder {
     void Keep();
 
   private:
-    void TakeFrom(const std::filesystem::path& job, const std::string& model,
-                  const ModelOutputSettings& offer);
+    void TakeFrom(const std::filesystem::path& job, const std::string& model);
 
     DriverOptionBlock block_ = {};
     DriverOptionBlock earlier_ = {};

@@ -1,13 +1,15 @@
 // The smallest host: prints one job through the built library, knowing only its binary boundary.
 //
-//     minimal_host LIBRARY JOB FOLDER
+//     minimal_host LIBRARY BASE JOB FOLDER
 //
-// JOB is a job file with its container beside it, as `driverhost make-job` makes them.
+// BASE is the base folder with the models; JOB is a job file with its container beside it, as
+// `driverhost make-job` makes them.
 
 #include <dlfcn.h>
 
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <vector>
 
@@ -51,7 +53,9 @@ int32_t Print(void* driver, const char* job, const char* folder) {
     std::memcpy(status.data() + kJobState, &kFilePort, sizeof kFilePort);
     Output output;
     if (openJob(driver, status.data(), &output) == 0) return 0;
+    // Its answer tells nothing; the state tells whether the folder can be written to.
     openPort(driver, folder, "artwork.pdf");
+    if (JobState(status) == kJobEnded) return 0;
     while (JobState(status) != kJobEnded) {
         if (step(driver) == 0) return 0;
         std::printf("%s\n", status.data() + kStatusText);
@@ -62,12 +66,13 @@ int32_t Print(void* driver, const char* job, const char* folder) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 4) return 2;
+    if (argc != 5) return 2;
+    setenv("QL_BASE_FOLDER", argv[2], 1);
     void* const library = dlopen(argv[1], RTLD_NOW);
     if (library == nullptr) return 1;
     const auto create = reinterpret_cast<void* (*)()>(dlsym(library, "createNewPrinterDriver"));
     void* const driver = create();
-    const int32_t printed = Print(driver, argv[2], argv[3]);
+    const int32_t printed = Print(driver, argv[3], argv[4]);
     OperationOf<void (*)(void*)>(driver, kDelete)(driver);
     dlclose(library);
     return printed != 0 ? 0 : 1;

@@ -77,16 +77,34 @@ TEST_F(DriverHost, DoesNotBelieveTheRasterizer) {
 
 TEST_F(DriverHost, AnswersAWrongCommandLineWithItsOwnStatus) {
     MakeSmallJob();
-    const std::pair<Arguments, int> cases[] = {
-        {{}, 2},
+    Write("b.settings.json", "[]");
+    struct Case {
+        Arguments CommandLine;
+        int Status;
+        const char* Message = "";
+    };
+    const std::string longName(245, 'n');
+    const Case cases[] = {
+        {{}, 2, "see driverhost --help"},
         {{"--help"}, 0},
-        {{"capabilities", "Nobody's printer"}, 2},
+        {{"make-jb"}, 2, "no command \"make-jb\" (did you mean \"make-job\"?)"},
+        {{"run", "job"}, 2, "--out is required; see driverhost run --help"},
+        {{"capabilities", "Nobody's printer"}, 2, "there are \"Fenland R4\", "},
         {{"capabilities", std::string(64, 'm')}, 2},
+        {{"make-job", "a.pdf", "--model", "Fenland", "-o", "x"}, 2, "near it: \"Fenland R4\", "},
         {{"make-job", "a.pdf", "--model", "Fenland R4", "-o", "x", "--media", "Silk"}, 2},
         {{"make-job", "a.pdf", "--model", "Fenland R4", "-o", "x", "--resolution", "3"}, 2},
         {{"make-job", "a.pdf", "--model", "Fenland R4", "-o", "x", "--timeout", "0"}, 2},
+        {{"make-job", "a.pdf", "--model", "Fenland R4", "-o", "x", "--white", "spot"}, 2},
         {{"make-job", "a.pdf", "--model", "Fenland R4", "-o", "nowhere/x"}, 1},
         {{"make-job", "a.pdf", "--model", "Fenland R4", "-o", "."}, 2},
+        {{"make-job", "a.pdf", "--model", "Fenland R4", "-o", longName}, 2, "name is too long"},
+        {{"make-job", "a.pdf", "--model", "Fenland R4", "-o", "a.pdf"}, 2, "the artwork itself"},
+        {{"make-job", "job.pages.tif", "--model", "Fenland R4", "-o", "job"}, 2, "artwork itself"},
+        {{"make-job", "job", "--model", "Fenland R4", "-o", "a.pdf"}, 1, "--force allows it"},
+        {{"make-job", "a.pdf", "--model", "Fenland R4", "-o", "b"}, 1, "--force allows it"},
+        {{"halftone", "Fenland R4", "--manufacturer", "F", "--plot", "a.pdf"}, 1, "no"},
+        {{"options", "show", "a.pdf"}, 1, "is artwork, no job"},
         {{"run", "nothing", "--out", "o"}, 1},
         {{"run", "job", "--out", "a.pdf"}, 1},
         {{"run", "job", "--out", "o", "--name", "../x"}, 2},
@@ -94,11 +112,15 @@ TEST_F(DriverHost, AnswersAWrongCommandLineWithItsOwnStatus) {
         {{"run", "job", "--out", "o", "--copies", "0"}, 2},
     };
     const Listing before = Files();
-    for (const auto& [arguments, status] : cases) {
-        const Outcome outcome = Host(arguments);
-        EXPECT_EQ(outcome.Status, status) << testing::PrintToString(arguments) << outcome.Output;
+    for (const Case& row : cases) {
+        const Outcome outcome = Host(row.CommandLine);
+        EXPECT_EQ(outcome.Status, row.Status)
+            << testing::PrintToString(row.CommandLine) << outcome.Output;
+        EXPECT_TRUE(Contains(outcome.Output, row.Message)) << outcome.Output;
     }
     EXPECT_TRUE(Files() == before);
+    EXPECT_TRUE(Contains(Shell("QL_CODE_PAGE=NOSUCH \"$host\" models").Output,
+                         "QL_CODE_PAGE names NOSUCH, which this system does not know"));
 }
 
 TEST_F(DriverHost, LeavesNothingBehindOnAFullDisk) {
@@ -128,14 +150,40 @@ TEST_F(DriverHost, StopsOnAnInterrupt) {
 TEST_F(DriverHost, AbortsARunningJobOnAnInterrupt) {
     MakeSmallJob();
     // Preloaded as it is, it stands before the sanitizers' library.
-    const Outcome run = Shell(
-        fmt::format("LD_PRELOAD='{}' ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0 \"$host\" "
-                    "run job --out printed",
-                    INTERRUPTING_CLOCK));
+    const auto stopped = [&](const char* signal, const char* folder) {
+        return Shell(
+            fmt::format("STOP_SIGNAL={} LD_PRELOAD='{}' "
+                        "ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0 \"$host\" run "
+                        "job --out {}",
+                        signal, INTERRUPTING_CLOCK, folder));
+    };
+    const Outcome run = stopped("15", "printed");
     EXPECT_EQ(run.Status, 130) << run.Output;
     EXPECT_TRUE(Contains(run.Output, "interrupted; the job is aborted")) << run.Output;
     EXPECT_TRUE(Contains(run.Output, "a_C.tif is incomplete")) << run.Output;
     EXPECT_TRUE(Contains(run.Output, "printed/a is incomplete")) << run.Output;
+    // Killed in the first channel, it leaves the record that stood there from the start.
+    stopped("9", "killed");
+    const std::string record = ReadText(Path("killed/a.print.json"));
+    EXPECT_TRUE(Contains(record, "\"complete\": false")) << record;
+    EXPECT_TRUE(Contains(record, "a/a_preview.png")) << record;
+}
+
+TEST_F(DriverHost, FailsWhenItsOutputCannotBeWritten) {
+    MakeSmallJob();
+    ASSERT_EQ(Host({"run", "job", "--out", "o"}).Status, 0);
+    for (const char* const command :
+         {"models", "capabilities 'Fenland R4'", "halftone 'Fenland R4' --manufacturer Fenland",
+          "make-job a.pdf --model 'Fenland R4' -o b", "run job --out o", "run job --out o --json",
+          "inspect job", "diff o o", "check .", "proof o -o p.png --job a", "header FenlandW6.txt",
+          "ticket FenlandW6Job.xml", "options show job", "completion bash", "man", "--help",
+          "run --help"})
+        for (const char* const nowhere : {">/dev/full", ">&-"}) {
+            const Outcome outcome = Shell(fmt::format("\"$host\" {} {}", command, nowhere));
+            EXPECT_EQ(outcome.Status, 1) << command << nowhere;
+            EXPECT_TRUE(Contains(outcome.Output, "cannot write to standard output"))
+                << command << nowhere << outcome.Output;
+        }
 }
 
 }  // namespace

@@ -102,7 +102,7 @@ class DriverHost : public testing::Test {
 
     /// In a shell, where $host is the program.
     Outcome Shell(const std::string& script) const {
-        return RunProgram({"/bin/sh", "-c", "host='" DRIVERHOST "'; " + script});
+        return RunProgram({"/bin/sh", "-c", "export host='" DRIVERHOST "'; " + script});
     }
 
     Outcome MakeJob(const std::string& pdf, Arguments more = {}) const {

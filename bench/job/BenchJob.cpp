@@ -14,7 +14,6 @@
 #include <vector>
 
 #include "host/Records.h"
-#include "platform/Program.h"
 
 namespace fs = std::filesystem;
 
@@ -101,10 +100,10 @@ ProcessCost BenchJob::Print(const BenchModel& model, bool settle) const {
     if (settle) sync();
     fs::create_directories(OutputFolder());
     WriteBenchBase(BaseFolder(), model);
-    SetEnvironment("QL_BASE_FOLDER", BaseFolder().c_str());
     WarmUp();
     const ProcessCost cost =
-        MeasureProcess({MINIMAL_HOST, OUTPUT_DRIVER, JobFile().string(), OutputFolder().string()});
+        MeasureProcess({MINIMAL_HOST, OUTPUT_DRIVER, BaseFolder().string(), JobFile().string(),
+                        OutputFolder().string()});
     CheckOutput(model);
     return cost;
 }
