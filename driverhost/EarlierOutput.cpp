@@ -35,8 +35,11 @@ bool IsFileBelow(const fs::path& folder, const std::string& file) {
     return IsBelow(folder, file) && fs::is_regular_file(fs::symlink_status(folder / file, error));
 }
 
-bool Lies(const std::string& file, const std::string& folder) {
-    return file.starts_with(folder + '/');
+/// Whether one of the files stands at a place, or in a folder there.
+bool StandsAt(const std::string& place, const std::set<std::string>& files) {
+    const std::string inside = place + '/';
+    const auto next = files.lower_bound(inside);
+    return files.contains(place) || (next != files.end() && next->starts_with(inside));
 }
 
 std::string Others(std::size_t count) {
@@ -96,7 +99,7 @@ EarlierOutput::EarlierOutput(const fs::path& folder, const PrintPlan& plan,
     all.insert(all.end(), tileFolders.begin(), tileFolders.end());
     if (all.empty()) return;
     FindJobs(all, replacing);
-    std::copy_if(taken.begin(), taken.end(), std::back_inserter(unknown_),
+    std::copy_if(taken.begin(), taken.end(), std::inserter(unknown_, unknown_.end()),
                  [this](const std::string& path) { return !IsOfJob(path); });
     TakeTileFolders(tileFolders, replacing);
     if (!unknown_.empty() && !replacing.Unknown)
@@ -104,7 +107,7 @@ EarlierOutput::EarlierOutput(const fs::path& folder, const PrintPlan& plan,
             kFailed,
             fmt::format("{}{} would be replaced, which no record of a run lists; "
                         "--force allows it",
-                        (folder_ / unknown_.front()).string(), Others(unknown_.size() - 1)));
+                        (folder_ / *unknown_.begin()).string(), Others(unknown_.size() - 1)));
     for (const fs::path& file : kept)
         for (const Job& job : jobs_)
             for (const std::string& path : job.Files)
@@ -125,56 +128,50 @@ void EarlierOutput::FindJobs(const std::vector<std::string>& taken, const Replac
         } catch (const HostError&) {
             continue;  // one that cannot be read lists nothing
         }
-        std::vector<std::string> files = record.AllFiles();
-        const bool stands = std::any_of(files.begin(), files.end(), [&](const auto& file) {
-            return std::any_of(taken.begin(), taken.end(), [&](const auto& place) {
-                return file == place || Lies(file, place);
-            });
-        });
-        if (!stands) continue;
+        const std::vector<std::string> listed = record.AllFiles();
+        std::set<std::string> files(listed.begin(), listed.end());
+        if (std::none_of(taken.begin(), taken.end(),
+                         [&](const std::string& place) { return StandsAt(place, files); }))
+            continue;
         if (record.Complete && !replacing.Complete)
             throw HostError(
                 kFailed,
                 fmt::format("{} are those of a complete job, {}; --replace removes them first",
-                            (folder_ / files.front()).string() + Others(files.size() - 1),
+                            (folder_ / *files.begin()).string() + Others(files.size() - 1),
                             path.string()));
         jobs_.push_back({path, record.Complete, std::move(files)});
     }
 }
 
 bool EarlierOutput::IsOfJob(const std::string& file) const {
-    return std::any_of(jobs_.begin(), jobs_.end(), [&](const Job& job) {
-        return std::find(job.Files.begin(), job.Files.end(), file) != job.Files.end();
-    });
+    return std::any_of(jobs_.begin(), jobs_.end(),
+                       [&](const Job& job) { return job.Files.contains(file); });
+}
+
+/// Whether a folder is left empty when all that gives way is gone, and may go itself.
+bool EarlierOutput::IsCleared(const std::string& tileFolder, const Replacing& replacing) const {
+    std::error_code error;
+    const fs::path path = folder_ / tileFolder;
+    if (!fs::is_directory(fs::symlink_status(path, error)) || !ListFolders(path).empty())
+        return false;
+    for (const auto& [name, state] : ListFiles(path)) {
+        const std::string file = tileFolder + '/' + name;
+        if (!IsOfJob(file) && !(replacing.Unknown && unknown_.contains(file))) return false;
+    }
+    return replacing.Unknown || std::any_of(jobs_.begin(), jobs_.end(), [&](const Job& job) {
+               return StandsAt(tileFolder, job.Files);
+           });
 }
 
 /// The driver makes these folders itself, and cannot where one stands.
 void EarlierOutput::TakeTileFolders(const std::vector<std::string>& folders,
                                     const Replacing& replacing) {
-    const auto isUnknown = [this](const std::string& file) {
-        return std::find(unknown_.begin(), unknown_.end(), file) != unknown_.end();
-    };
     std::vector<std::string> standing;
     for (const std::string& folder : folders) {
-        std::error_code error;
-        const fs::path path = folder_ / folder;
-        bool isCleared = fs::is_directory(fs::symlink_status(path, error));
-        bool isOfJob = false;
-        if (isCleared) {
-            isCleared = ListFolders(path).empty();
-            for (const auto& [name, state] : ListFiles(path)) {
-                const std::string file = folder + '/' + name;
-                isCleared = isCleared && (IsOfJob(file) || (replacing.Unknown && isUnknown(file)));
-            }
-            isOfJob = std::any_of(jobs_.begin(), jobs_.end(), [&](const Job& job) {
-                return std::any_of(job.Files.begin(), job.Files.end(),
-                                   [&](const auto& file) { return Lies(file, folder); });
-            });
-        }
-        if (isCleared && (isOfJob || replacing.Unknown))
+        if (IsCleared(folder, replacing))
             tileFolders_.push_back(folder);
         else
-            standing.push_back(path.string());
+            standing.push_back((folder_ / folder).string());
     }
     if (standing.empty()) return;
     const bool isOne = standing.size() == 1;
@@ -218,7 +215,7 @@ void EarlierOutput::Remove() const {
         RemoveFile(job.Record);
     }
     if (!unknown_.empty())
-        Complain("replaced: {}{}", (folder_ / unknown_.front()).string(),
+        Complain("replaced: {}{}", (folder_ / *unknown_.begin()).string(),
                  Others(unknown_.size() - 1));
     for (const std::string& file : unknown_)
         RemoveFile(folder_ / file);

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -33,16 +34,17 @@ class EarlierOutput {
     struct Job {
         std::filesystem::path Record;
         bool IsComplete = false;
-        std::vector<std::string> Files;
+        std::set<std::string> Files;  ///< that its record lists
     };
 
     void FindJobs(const std::vector<std::string>& taken, const Replacing& replacing);
     void TakeTileFolders(const std::vector<std::string>& folders, const Replacing& replacing);
+    bool IsCleared(const std::string& tileFolder, const Replacing& replacing) const;
     bool IsOfJob(const std::string& file) const;
     void RemoveEmptyFolders(const Job& job) const;
 
     std::filesystem::path folder_;
     std::vector<Job> jobs_;
-    std::vector<std::string> unknown_;      ///< files that no record lists
+    std::set<std::string> unknown_;         ///< files that no record lists
     std::vector<std::string> tileFolders_;  ///< empty then; the driver makes them anew
 };

@@ -32,8 +32,10 @@ namespace {
 
 constexpr char kStatusText[] =
     "Exit status: 0 success, 1 failed, 2 wrong or refused options, 3 what a job wrote is\n"
-    "incomplete: channels are missing or short, or it failed on its way; 130 interrupted. diff\n"
-    "answers 1 for a difference and 2 for trouble.";
+    "incomplete: channels or side files are missing or not whole, or it failed on its way; 130\n"
+    "interrupted. diff answers 1 for a difference and 2 for trouble. Output that cannot be "
+    "written\n"
+    "is a failure everywhere.";
 
 /// Fixes the base folder for the driver, which looks the variable up at each use.
 void SetBaseFolder(const std::string& option) {

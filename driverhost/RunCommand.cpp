@@ -45,6 +45,16 @@ ChosenPrint ChooseFor(const Capabilities& capabilities, const RunOptions& option
         if (choice.Resolution.empty()) choice.Resolution = std::to_string(job.Choice.Resolution);
     }
     choice.ColorMode = std::to_string(job.Choice.ColorMode);
+    if (choice.Resolution.empty()) {
+        // Nobody says; where the model has the job's own resolution, that is the one.
+        ChoiceOptions own = choice;
+        own.Resolution = DotsText(job.XResolution, job.YResolution);
+        try {
+            return Choose(capabilities, own);
+        } catch (const HostError&) {
+            return Choose(capabilities, choice);
+        }
+    }
     ChosenPrint chosen = Choose(capabilities, choice);
     const double x = chosen.Resolution.XResolution;
     const double y = chosen.Resolution.YResolution;
@@ -207,8 +217,11 @@ void AddRunCommand(CommandTree& tree, DriverWords& words) {
         "for the names of channel files carry no page number. Jobs run one after the other, each\n"
         "whatever became of the others; the exit status is that of the first that is not "
         "complete:\n"
-        "3 when it left folders that are incomplete, 1 or 2 when it left nothing.",
+        "3 when it left folders that are incomplete, 1 or 2 when it left nothing.\n"
+        "Where a model has no folder for each job, the files of an earlier job that did not come\n"
+        "to its end are replaced, those of a complete one only with --replace.",
         {"driverhost run poster.job --out printed",
          "driverhost run glass.job --out printed --name window7 --copies 2 --thumbnail glass.bmp",
-         "driverhost run poster.job glass.job --out printed --json"});
+         "driverhost run poster.job glass.job --out printed --json",
+         "driverhost run glass.job --out printed --replace"});
 }

@@ -30,9 +30,7 @@ std::string JobFolderOf(const PrintPlan& plan, const std::set<std::string>& befo
     if (!plan.MakesFolder) return "";
     for (const std::string& folder : after)
         if (!before.contains(folder)) return folder;
-    throw HostError(kFailed, fmt::format("no folder is left for the job: those from {0}_001 to "
-                                         "{0}_1000 are there already",
-                                         plan.JobName));
+    throw HostError(kFailed, fmt::format("the driver made no folder for the job {}", plan.JobName));
 }
 
 std::string Below(const std::string& folder, const std::string& file) {
@@ -256,6 +254,7 @@ void RunJob(const ReadyJob& job, const fs::path& folder, DriverWords& words, Job
                                       .Thumbnail = job.Thumbnail},
                                      rules);
     RequireNames(folder, plan);
+    RequireJobFolder(folder, plan);
     RequireTempFolder(plan);
     const EarlierOutput earlier(folder, plan, job.MayReplace, SourcesOf(job));
     RequireDiskSpace(folder, plan, earlier.Bytes());

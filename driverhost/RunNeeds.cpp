@@ -106,6 +106,20 @@ void RequireNames(const fs::path& folder, const PrintPlan& plan) {
     }
 }
 
+void RequireJobFolder(const fs::path& folder, const PrintPlan& plan) {
+    constexpr int kLastSuffix = 1000;
+    if (!plan.MakesFolder) return;
+    fs::path path = folder / plan.JobName;
+    std::error_code error;
+    for (int suffix = 1; fs::exists(path, error); ++suffix) {
+        if (suffix > kLastSuffix)
+            throw HostError(kFailed, fmt::format("no folder is left for the job: all up to {} are "
+                                                 "there already",
+                                                 path.string()));
+        path = folder / fmt::format("{}_{:03d}", plan.JobName, suffix);
+    }
+}
+
 void RequireTempFolder(const PrintPlan& plan) {
     if (!plan.BottomLineFirst && !plan.GathersWhite) return;
     const fs::path folder = TempFolder();

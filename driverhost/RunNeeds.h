@@ -11,6 +11,10 @@
 /// File names that the file system takes.
 void RequireNames(const std::filesystem::path& folder, const PrintPlan& plan);
 
+/// A name that is left for the job's own folder, where the model asks for one: the driver tries a
+/// thousand, and writes into the last when all are taken.
+void RequireJobFolder(const std::filesystem::path& folder, const PrintPlan& plan);
+
 /// The base folder's Temp, where a page is gathered that is written bottom line first, and the
 /// union that white ink is made of: there, and to be written in.
 void RequireTempFolder(const PrintPlan& plan);
