@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <memory>
@@ -18,6 +19,8 @@
 namespace fs = std::filesystem;
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
 
 constexpr unsigned kHangSeconds = 60;  // a run takes some milliseconds
 constexpr int kNextJobEvery = 4;       // runs after which a second job is looked at
@@ -114,14 +117,17 @@ class Sweep {
         right_[&scenario] = *right;
     }
 
-    /// All planned runs, or at most so many, spread evenly.
-    void RunSample(std::size_t most) {
+    /// All planned runs, or at most so many, spread evenly. They are gone through in several
+    /// passes, each with some of every job, until the time is over (0: until all are done).
+    void RunSample(std::size_t most, int32_t seconds) {
+        constexpr std::size_t kPasses = 8;
+        const auto end = Clock::now() + std::chrono::seconds(seconds);
         std::size_t stride = most == 0 ? 1 : (runs_.size() + most - 1) / most;
         if (stride % 2 == 0) ++stride;  // faults come in pairs, once and lasting
-        for (std::size_t i = stride / 2; i < runs_.size(); i += stride) {
-            Slot& slot = slots_[next_++ % slots_.size()];
-            if (slot.Process != 0) table_.Add(Finish(slot));
-            Start(runs_[i], &right_.at(runs_[i].Job), slot);
+        for (std::size_t pass = 0; pass < kPasses; ++pass) {
+            std::size_t i = stride / 2 + pass * stride;
+            for (; i < runs_.size() && (seconds == 0 || Clock::now() < end); i += kPasses * stride)
+                RunInFreeSlot(runs_[i]);
         }
         for (Slot& slot : slots_)
             if (slot.Process != 0) table_.Add(Finish(slot));
@@ -157,6 +163,12 @@ class Sweep {
         }
     }
 
+    void RunInFreeSlot(const PlannedRun& planned) {
+        Slot& slot = slots_[next_++ % slots_.size()];
+        if (slot.Process != 0) table_.Add(Finish(slot));
+        Start(planned, &right_.at(planned.Job), slot);
+    }
+
     std::array<Slot, 2> slots_;
     std::size_t next_ = 0;
     std::map<const Scenario*, Files> right_;
@@ -167,11 +179,13 @@ class Sweep {
 int SweepAsAsked(int argc, char** argv) {
     CLI::App app("Fails each call of each job in turn and looks at what becomes of it.");
     std::size_t most = 0;
+    int32_t seconds = 0;
     int32_t position = 0;
     std::string scenarioName;
     std::string call;
     bool onlyReports = false;
     app.add_option("--runs", most, "A sample of at most so many runs, spread evenly");
+    app.add_option("--seconds", seconds, "No run begins later than that");
     app.add_option("--scenario", scenarioName, "Only jobs of this scenario");
     app.add_option("--call", call, "Only faults of this call");
     app.add_option("--position", position, "Only the fault at this place, with each run's log");
@@ -187,7 +201,7 @@ int SweepAsAsked(int argc, char** argv) {
     if (position != 0)
         sweep.RunOnly(position);
     else
-        sweep.RunSample(most);
+        sweep.RunSample(most, seconds);
     const SweepTable& table = sweep.Table();
     for (const bool isStrict : {true, false})
         fmt::print("{}:\n\n{}\n", isStrict ? "Strict" : "By default", table.Markdown(isStrict));
