@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -45,7 +46,8 @@ void PrintFacts(const RunFacts& facts) {
     std::fflush(stdout);
 }
 
-/// The run, in its own process, against the files of one without a fault (null: this is that).
+/// The run, in its own process, against the files of one without a fault; null: this is that, and
+/// anything but success is a failure.
 Outcome Execute(Run& run, const Files* right, BaseFolder& folder, bool isVerbose) {
     folder.Use();
     setenv("QL_STRICT", run.IsStrict ? "1" : "", 1);
@@ -55,7 +57,10 @@ Outcome Execute(Run& run, const Files* right, BaseFolder& folder, bool isVerbose
     const Driver driver;
     const RunFacts facts = Print(*run.Job, folder, driver, aborts);
     if (isVerbose) PrintFacts(facts);
-    if (right == nullptr) return Outcome::kRight;
+    if (right == nullptr) {
+        const bool isPrinted = facts.Options == OptionsEnd::kAsOrdered && !facts.HasFailed;
+        return isPrinted ? Outcome::kRight : Outcome::kFailureSaid;
+    }
     const Outcome outcome = OutcomeOf(*run.Job, *right, facts, run.What, run.Met);
     if (outcome > Outcome::kDoubtSaid || position / 2 % kNextJobEvery != 0) return outcome;
     Injection none;
@@ -109,8 +114,10 @@ class Sweep {
                 const Run run = Finish(slot);
                 const Files files = OutputFiles(slot.Folder);
                 if (!right) right = files;
-                if (run.End != Outcome::kRight || *right != files || files.empty())
-                    throw std::runtime_error("no two jobs alike: " + scenario.Name);
+                const bool hasSides = std::ranges::all_of(
+                    scenario.SideOutputs, [&](const auto& name) { return files.contains(name); });
+                if (run.End != Outcome::kRight || *right != files || !hasSides)
+                    throw std::runtime_error("not printed, or no two jobs alike: " + scenario.Name);
             }
             PlanFaults({&scenario, isStrict, {}}, onlyCall);
         }

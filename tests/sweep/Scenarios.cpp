@@ -69,14 +69,16 @@ std::vector<Scenario> MakeScenarios() {
          .Templates = templates,
          .SideOutputs = {"small.bmp"},
          .HasThumbnail = true},
-        {.Name = "tiles, PNG preview, header at the end",
+        {.Name = "tiles, thumbnail, PNG preview, header at the end",
          .Description = WithSides("", R"(<HeaderParam name="h.txt" output="h" EndRip="YES"/>
              <JobTicketParam name="t.xml"/>
              <PreviewParam type="PNG" sizeV="40" name="small.png"/>)"),
          .Pages = sides,
          .TileCount = 2,
          .Templates = templates,
-         .SideOutputs = {"Proof/Proof-tile1/small.png", "Proof/Proof-tile2/small.png"}},
+         .SideOutputs = {"Proof/small.png", "Proof/Proof-tile1/small.png",
+                         "Proof/Proof-tile2/small.png"},
+         .HasThumbnail = true},
         {.Name = "several pages, encoded description",
          .Description = Numbered(2, kPlane, "tif"),
          .Pages = pages,
