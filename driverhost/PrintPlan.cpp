@@ -16,18 +16,11 @@
 #include "plugin/output/LineSize.h"
 #include "plugin/output/OutputNames.h"
 #include "plugin/output/PagePreview.h"
+#include "plugin/output/WhiteInk.h"
 
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr const char* kWhite = "White";
-
-// White treatments: the union of a page's separations inverted, and as it is; one byte everywhere.
-constexpr int32_t kInvertedUnion = 1;
-constexpr int32_t kUnion = 2;
-constexpr int32_t kEverywhere = 3;
-constexpr int32_t kNowhere = 5;
 
 /// A name below a folder of the job, both relative to it; "" for one that leads out.
 std::string PathBelow(const std::string& folder, const std::string& name) {
@@ -52,10 +45,10 @@ class Planner {
           model_(rules.Output),
           jobName_(MakeJobName(order.SourceName)),
           channelCount_(static_cast<int32_t>(order.Colorants.size())),
-          naming_(model_.ChannelNames, channelCount_, jobName_) {
+          naming_(PageNaming(rules.Description, rules.Description.LoadedModelName().c_str(), model_,
+                             channelCount_, jobName_)) {
         order_.Tiles.PointTo(status_);
         status_.Copies = order.Copies;
-        NameWhite();
     }
 
     PrintPlan Plan() {
@@ -64,8 +57,7 @@ class Planner {
         plan.MakesFolder = model_.CreateFolder != 0;
         plan.BottomLineFirst = model_.PrinterDirection != 0;
         plan.LineInterleaved = model_.LineByLine != 0;
-        const int32_t white = model_.EffectiveWhiteType();
-        plan.GathersWhite = white == kInvertedUnion || white == kUnion;
+        plan.GathersWhite = IsWhiteUnion(model_.EffectiveWhiteType());
         for (std::size_t page = 0; page < order_.Pages.size(); ++page)
             plan.Pages.push_back(PlanPage(page));
         PlanJobFiles(plan);
@@ -73,23 +65,6 @@ class Planner {
     }
 
   private:
-    /// What the page's white file is called decides how unnamed channels are numbered.
-    void NameWhite() {
-        const int32_t type = model_.EffectiveWhiteType();
-        if (type <= 0) return;
-        AString pattern;
-        if (type == kEverywhere || type == kNowhere) {
-            const auto named = model_.ChannelNameMap.find(kWhite);
-            if (named != model_.ChannelNameMap.end()) pattern = named->second;
-        } else if (naming_.HasPatterns()) {
-            const std::string model(
-                FieldText(order_.Header.PrinterName, sizeof order_.Header.PrinterName - 1));
-            pattern = GetChannelName(rules_.Description, kWhite, model.c_str());
-        }
-        if (pattern.empty()) naming_.KeepJobNameForWhite();
-        whiteName_ = naming_.WhiteFileName(pattern);
-    }
-
     /// The only channel of a colour mode is named after the job where the page has data for it.
     bool IsNamedAfterJob(const ContainerPage& page) const {
         if (channelCount_ != 1) return false;
@@ -105,7 +80,7 @@ class Planner {
         if (order_.Tiles.Any()) page.Folder = fmt::format("{}-tile{}", jobName_, index + 1);
         for (int32_t channel = 0; channel < channelCount_; ++channel)
             AddChannel(page, naming_.FileName(IsNamedAfterJob(page.Shape) ? -1 : channel));
-        if (model_.EffectiveWhiteType() > 0) AddChannel(page, whiteName_);
+        if (naming_.HasWhite()) AddChannel(page, naming_.WhiteFileName());
         const auto add = [&](std::optional<SideFile> file, const AString& name) {
             if (!file) return;
             file->Path = PathBelow(page.Folder, name);
@@ -191,7 +166,6 @@ class Planner {
     AString jobName_;
     int32_t channelCount_;
     ChannelNaming naming_;
-    AString whiteName_;
     JobStatusRecord status_ = {};
 };
 

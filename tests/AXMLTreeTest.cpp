@@ -11,6 +11,7 @@
 
 #include "TestFolder.h"
 #include "boundary/FileSizeLimit.h"
+#include "host/FileBytes.h"
 #include "host/Gzip.h"
 
 namespace {
@@ -267,6 +268,7 @@ TEST(AEnXMLTree, ReadsGzipAndPlainButNothingDamaged) {
     ASSERT_EQ(mkfifo(folder.Name("pipe").c_str(), 0600), 0);
     for (const AFilePath& path : {folder.Path("pipe"), folder.Path(""), AFilePath("/dev/zero")})
         EXPECT_EQ(tree.loadFromFileEn(path, 1), 0) << path.fullPath();
+    EXPECT_FALSE(ReadFileBytes(AFilePath("/proc/self/mem"))) << "an error is no end of the file";
     EXPECT_TRUE(InflateGzip(packed, text.size()).has_value());
     EXPECT_FALSE(InflateGzip(packed + packed, text.size() * 2 - 1).has_value());
 }

@@ -173,6 +173,8 @@ constexpr Damage kDamages[] = {
      "a separation has a size of 0"},
     {"other widths", 2, TIFFTAG_IMAGEWIDTH, kValue, 38, "3: good none good",
      "the page's separations differ in size"},
+    {"fewer rows", 3, TIFFTAG_IMAGELENGTH, kValue, 8, "3: good none good",
+     "the page's separations differ in size"},
     {"depth 3", 2, TIFFTAG_BITSPERSAMPLE, kValue, 3, "3: good none good",
      "a separation has another depth than 1, 2, 4 or 8 bits"},
     {"unknown compression", 2, TIFFTAG_COMPRESSION, kValue, 999, "3: good none good",
@@ -245,32 +247,36 @@ TEST(Container, DeliversTheRowsBeforeDamage) {
 TEST(Container, StripsThatDoNotFillThePage) {
     // Three blank rows ("1" each), then the end-of-block mark (two end-of-line codes).
     const std::string fax("\xE0\x01\x00\x10", 4);
+    // In the second row a code that no decoder here knows (an extension).
+    const std::string unknown("\x81\xF0\x01\x00\x10", 5);
     std::string runs;
     for (int i = 0; i < 100; ++i)
         runs += std::string("\x81\0", 2);  // 128 zero bytes each
     const struct {
         uint32_t width;
         uint32_t rows;
-        bool isFax;  // of one bit, else packed bytes
+        std::string data;
         const char* lastRow;
     } kCases[] = {
-        {1600, 3, true, "good"},
-        {1600, 8, true, "damaged"},
-        {1600, 60000, true, "damaged"},
-        {12800, 1, false, "good"},  // a row larger than the file
-        {32, 0x7FFFFFFF, false, "damaged"},
-        {1U << 30, 1, false, "none"},
-        {0x7FFFFFFF, 1, true, "none"},
+        {1600, 3, fax, "good"},
+        {1600, 3, unknown, "damaged"},
+        {1600, 8, fax, "damaged"},
+        {1600, 60000, fax, "damaged"},
+        {12800, 1, runs, "good"},  // a row larger than the file
+        {32, 0x7FFFFFFF, runs, "damaged"},
+        {1U << 30, 1, runs, "none"},
+        {0x7FFFFFFF, 1, fax, "none"},
     };
     const TestFolder folder;
     for (const auto& row : kCases) {
-        const int bits = row.isFax ? 1 : 8;
-        const int compression = row.isFax ? COMPRESSION_CCITTFAX4 : COMPRESSION_PACKBITS;
+        const bool isFax = row.data != runs;  // of one bit, else packed bytes
+        const int bits = isFax ? 1 : 8;
+        const int compression = isFax ? COMPRESSION_CCITTFAX4 : COMPRESSION_PACKBITS;
         const Page page = {row.width, 0, {{"Cyan", bits, "", std::string(12800, '\0')}}};
         WriteContainer(folder.Name("c.tif"), {page}, [&](TIFF* tiff, std::size_t, std::size_t) {
             Encoded(compression, FILLORDER_MSB2LSB, row.rows)(tiff, 0, 0);
             TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, row.rows);
-            std::string data = row.isFax ? fax : runs;
+            std::string data = row.data;
             TIFFWriteRawStrip(tiff, 0, data.data(), static_cast<tmsize_t>(data.size()));
         });
         ZEJob job(0);

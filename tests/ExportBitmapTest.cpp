@@ -55,12 +55,18 @@ std::string TiffPixels(const std::string& path, const Channel& channel) {
     uint32_t width = 0;
     uint32_t length = 0;
     uint16_t bits = 0;
+    uint16_t photometric = 0;
+    uint16_t unit = 0;
+    float xResolution = 0;
     float yResolution = 0;
     std::string pixels;
     if (tiff != nullptr) {
         TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &width);
         TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &length);
         TIFFGetField(tiff, TIFFTAG_BITSPERSAMPLE, &bits);
+        TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &photometric);
+        TIFFGetField(tiff, TIFFTAG_RESOLUTIONUNIT, &unit);
+        TIFFGetField(tiff, TIFFTAG_XRESOLUTION, &xResolution);
         TIFFGetField(tiff, TIFFTAG_YRESOLUTION, &yResolution);
         pixels.resize(std::size_t{channel.LineBytes()} * length);
         for (uint32_t line = 0; line < length; ++line)
@@ -69,6 +75,9 @@ std::string TiffPixels(const std::string& path, const Channel& channel) {
     }
     EXPECT_EQ(width, channel.width);
     EXPECT_EQ(bits, channel.bits);
+    EXPECT_EQ(photometric, PHOTOMETRIC_MINISWHITE);
+    EXPECT_EQ(unit, RESUNIT_INCH);
+    EXPECT_EQ(xResolution, 600);
     EXPECT_EQ(yResolution, 1200.5F);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     return pixels;
@@ -113,6 +122,29 @@ TEST(ExportBitmap, HoldsTheLinesInOrder) {
                 << "room that a short file was to have";
         }
     }
+}
+
+// A disk that was full for a while: what comes then would stand behind a gap.
+TEST(ExportBitmap, TakesNothingAfterAFailedWrite) {
+    const TestFolder folder;
+    setenv("QL_LOG_FILE", folder.Name("log").c_str(), 1);
+    for (const Channel& channel :
+         {Channel{"a.raw", false, 4096, 3000, 8}, {"a.tif", true, 4096, 3000, 8}}) {
+        const std::string line = Lines(channel, 1);
+        {
+            Exporter exporter(folder.Name(channel.name), channel);
+            uint32_t taken = 0;
+            {
+                const FileSizeLimit limit(100'000);
+                while (taken < channel.height && exporter.Take(line))
+                    ++taken;
+            }
+            EXPECT_LT(taken, 100U) << "lines that are gathered in memory";
+            EXPECT_FALSE(exporter.Take(line));
+        }
+        EXPECT_LE(folder.Read(channel.name).size(), 100'000U);
+    }
+    unsetenv("QL_LOG_FILE");
 }
 
 // Only what the first block's arrival decides is looked at; nobody writes 4 GiB here.

@@ -49,7 +49,7 @@ const char* const kGoodDescription = R"(<?xml version="1.0" encoding="utf-8"?><P
       <M><ID>0</ID><InternalName>cmyk</InternalName><DisplayName>Four Inks</DisplayName>
         <ColorantList>
           <K><ColorDepth>1</ColorDepth></K><K ID="1" IsSpotColor=""><ColorDepth>1</ColorDepth></K>
-          <K ID="2" IsSpotColor="0"><ColorDepth>1</ColorDepth></K>
+          <K ID="2" IsSpotColor="0"><ColorDepth>2</ColorDepth></K>
           <K ID="3" IsSpotColor="2"><ColorDepth>1</ColorDepth></K>
         </ColorantList></M>
       <M><ID>1</ID><InternalName>gray</InternalName><DisplayName>One Ink</DisplayName>

@@ -108,8 +108,9 @@ TEST_F(CapabilitiesTest, ColorModesAndColorants) {
         EXPECT_EQ(driver->Call(operation, 0, &list), 1);
         std::string colorants;
         for (const ColorantInfo& item : std::span(items.data(), 4))
-            colorants += fmt::format("{} {:06X};", item.InternalName, uint32_t{item.ColorValue});
-        EXPECT_EQ(colorants, "Cyan FFFF00;Magenta FF00FF;Yellow 00FFFF;Black 000000;");
+            colorants += fmt::format("{} {:06X} {};", item.InternalName, uint32_t{item.ColorValue},
+                                     uint32_t{item.ColorDepth});
+        EXPECT_EQ(colorants, "Cyan FFFF00 1;Magenta FF00FF 1;Yellow 00FFFF 2;Black 000000 1;");
         EXPECT_EQ(list.Count, 4);
         EXPECT_EQ(driver->Call(operation, 1, &list), 1);
         EXPECT_EQ(list.Count, 1);

@@ -20,6 +20,8 @@ class ChannelFilesTest : public BoundaryTest {
             model.Colours[i].ChannelName = isNamed ? channels[i].Pattern : "x";
             if (!isNamed) model.Colours[i].ID = "100";  // no colorant refers to it
         }
+        // The first colour of an identifier counts.
+        if (channels[0].Pattern != nullptr) model.Colours.push_back({"Again", "again.raw", "0"});
         BoundaryTest::Install(Describe(model));
     }
 };

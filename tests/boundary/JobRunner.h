@@ -101,7 +101,8 @@ std::size_t LineBytes(const Page& page);
 /// line first for printers of that direction; zeros when there is none.
 std::string ChannelBytes(const Page& page, const std::string& colorant, bool bottomFirst = false);
 
-/// The rows of a TIFF channel as an imaging tool reads them; "" when it cannot.
+/// The rows of a TIFF channel as an imaging tool reads them; "" when it cannot, or when the file is
+/// not of 300 by 600 dpi.
 std::string TiffRows(const std::filesystem::path& path);
 
 /// What a shell command prints on both outputs.

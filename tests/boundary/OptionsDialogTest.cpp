@@ -138,6 +138,10 @@ TEST_F(OptionsDialogTest, OtherOffers) {
     EXPECT_EQ(Answer("press 1003\npress 1"),
               (Texts{Report(0, R"(["A"])"), Report(-1, R"(["A"])")}));
     EXPECT_EQ(Stored(), "-1");
+    Offer("2|None,A;0,2;0,1");
+    Store("0");
+    EXPECT_EQ(Answer("press 1"), Texts{Report(0, R"(["None","A"])")});
+    EXPECT_EQ(Stored(), "0");
     Offer("");
     Store("3");
     EXPECT_EQ(Answer("press 1"), Texts{Report(-1, "[]", "[1,2,1003]")});

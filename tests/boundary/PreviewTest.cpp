@@ -78,7 +78,9 @@ class PreviewTest : public BoundaryTest {
     }
     /// Such a job with the host's thumbnail.
     Job StartWithThumbnail(const std::vector<Page>& pages, const fs::path& thumbnail) {
-        Job job = MakeJob(pages);
+        JobChoices choices;
+        choices.XResolution = 299.5F;  // counts as 300
+        Job job = MakeJob(pages, choices);
         SetText(job.Status.ThumbnailPath, thumbnail.string());
         EXPECT_EQ(job.Open(), 1);
         EXPECT_EQ(job.Port(folder.Out()), 1);
@@ -172,13 +174,13 @@ TEST_F(PreviewTest, Sizes) {
         {R"(sizeV="40" sizeH="-3")", 100, 400, 20, 40},
         {R"(sizeV="10")", 1000, 1, 10, 1},
         {R"(sizeV="30" sizeH="20" bestFit="0")", 100, 100, 30, 20},
-        {R"(sizeV="20000" sizeH="1" bestFit="0")", 9, 9, 20000, 1},
+        {R"(sizeV="20000" sizeH="800" bestFit="0")", 9, 9, 20000, 800},
         {R"(sizeV="0")", 9, 9, 0, 0},
         {R"(sizeV="-1")", 9, 9, 0, 0},
         {R"(sizeV="20001")", 9, 1, 0, 0},
         {R"(sizeV="20000")", 9, 9, 0, 0},
         {R"(sizeV="9" sizeH="0" bestFit="0")", 9, 9, 0, 0},
-        {R"(sizeV="4001" sizeH="4000" bestFit="0")", 9, 9, 0, 0},
+        {R"(sizeV="20000" sizeH="801" bestFit="0")", 9, 9, 0, 0},
         {R"(sizeV="2147483647" sizeH="2147483647" bestFit="0")", 9, 9, 0, 0},
     };
     WriteText(folder.Root() / "picture", "thumbnail");
@@ -186,6 +188,7 @@ TEST_F(PreviewTest, Sizes) {
         SCOPED_TRACE(row.Sizes);
         InstallPreview(row.Sizes, {"Cyan"});
         EmptyOutputFolder();
+        WriteText(folder.Out() / "thumbnail.bmp", "something longer stands there");
         ASSERT_TRUE(IsPrinted(StartWithThumbnail({RandomPage(row.Width, row.Height, {{"Cyan"}}, 1)},
                                                  folder.Root() / "picture")
                                   .Run()));

@@ -209,6 +209,18 @@ TEST_F(WhiteTest, AUnionThatTheDiskDoesNotTake) {
     }
 }
 
+TEST_F(WhiteTest, AFullPlaneThatTheDiskDoesNotTake) {
+    Install(WhiteModel(2, Rules("3|A;3;1")));
+    const Page page = NumberedPage(3200, 10, 2, 1);
+    Job job = StartJob({page});
+    EXPECT_EQ(job.Step() + job.Step(), 2);
+    const FileSizeLimit limit(3999);
+    EXPECT_EQ(job.Step(), 0);
+    EXPECT_TRUE(job.HasEnded());
+    EXPECT_STREQ(job.Status.StatusText, "Write Data Error");
+    EXPECT_EQ(Output("Proof_C2.raw"), ChannelBytes(page, "C2"));
+}
+
 // The user's choice counts where the model offers white, and is the job's alone.
 TEST_F(WhiteTest, TheUsersChoice) {
     const std::string choice =
