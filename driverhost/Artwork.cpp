@@ -1,5 +1,8 @@
 #include "driverhost/Artwork.h"
 
+#include <fmt/format.h>
+
+#include "driverhost/PdfContent.h"
 #include "driverhost/pictures/PicturePdf.h"
 
 Artwork::Artwork(const std::filesystem::path& path, Rasterizer& rasterizer, double pictureDpi)
@@ -7,15 +10,32 @@ Artwork::Artwork(const std::filesystem::path& path, Rasterizer& rasterizer, doub
     switch (kind_) {
         case DocumentKind::kPdf:
             rasterizer.TakePdf(path);
-            pages_ = rasterizer.ReadPages();
+            ReadPages();
             break;
         case DocumentKind::kPostScript:
             rasterizer.ConvertPostScript(path);
-            pages_ = rasterizer.ReadPages();
+            documentBytes_ =
+                static_cast<int64_t>(std::filesystem::file_size(rasterizer.Document()));
+            ReadPages();
             break;
-        default:
-            pages_ = PicturePages(path, kind_, rasterizer.Document().parent_path(), pictureDpi);
+        default: {
+            PictureDocument pictures =
+                ReadPictures(path, kind_, rasterizer.Document().parent_path(), pictureDpi);
+            pages_ = std::move(pictures.Pages);
+            documentBytes_ = pictures.MostBytes;
             break;
+        }
+    }
+}
+
+void Artwork::ReadPages() {
+    pages_ = rasterizer_.ReadPages();
+    const std::vector<PageContent> contents = ReadPageContents(rasterizer_.Document());
+    for (std::size_t i = 0; i < std::min(pages_.size(), contents.size()); ++i) {
+        pages_[i].PictureBytes = contents[i].PictureBytes;
+        for (const std::string& word : contents[i].UnknownOperators)
+            pages_[i].Faults.push_back(fmt::format(
+                "\"{}\" is no operator of a page; what it stands for is not drawn", word));
     }
 }
 

@@ -16,12 +16,18 @@ class Artwork {
     Artwork(const std::filesystem::path& path, Rasterizer& rasterizer, double pictureDpi);
 
     const std::vector<PdfPage>& Pages() const { return pages_; }
+    /// Bytes that the rasteriser's document takes at most, temporary files included, where it is
+    /// not the artwork itself.
+    int64_t MostDocumentBytes() const { return documentBytes_; }
     /// Does what costs time, once the sizes are known to be right: decodes pictures.
     void Prepare();
 
   private:
+    void ReadPages();
+
     std::filesystem::path path_;
     DocumentKind kind_;
     Rasterizer& rasterizer_;
     std::vector<PdfPage> pages_;
+    int64_t documentBytes_ = 0;
 };

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "driverhost/FreeSpace.h"
 #include "driverhost/Halftone.h"
 #include "driverhost/HostError.h"
 #include "driverhost/JobFile.h"
@@ -27,7 +28,7 @@ ContainerWriter::ContainerWriter(const fs::path& path, int64_t expectedBytes)
 }
 
 void ContainerWriter::Fail() const {
-    throw HostError(kFailed, fmt::format("cannot write {}; is the disk full?", path_.string()));
+    throw HostError(kFailed, WriteFailure(path_));
 }
 
 void ContainerWriter::BeginSeparation(const SeparationHeader& header) {

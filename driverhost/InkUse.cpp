@@ -61,8 +61,9 @@ InkUse MeasureInkUse(Rasterizer& rasterizer, const fs::path& workFolder, const D
     if (error)
         throw HostError(
             kFailed, fmt::format("cannot write to {}: {}", workFolder.string(), error.message()));
-    if (plan.NeedsSeparations || plan.NeedsGray) rasterizer.MakePlates(drawing, plan, band.Folder);
     InkUse use;
+    if (plan.NeedsSeparations || plan.NeedsGray)
+        use.Complaints = rasterizer.MakePlates(drawing, plan, band.Folder);
     use.DotsPerInch = drawing.XResolution;
     for (const InkSource& source : plan.Sources)
         use.Shares.push_back(ShareOf(InkRows({band}, source, drawing.WidthPixels), drawing));

@@ -10,6 +10,7 @@
 #include <system_error>
 
 #include "driverhost/DocumentKind.h"
+#include "driverhost/FreeSpace.h"
 #include "driverhost/HostError.h"
 #include "host/FileBytes.h"
 #include "host/Text.h"
@@ -37,8 +38,7 @@ void WriteFile(const fs::path& path, const void* data, std::size_t size) {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file.write(static_cast<const char*>(data), static_cast<std::streamsize>(size));
     file.close();
-    if (!file)
-        throw HostError(kFailed, fmt::format("cannot write {}; is the disk full?", path.string()));
+    if (!file) throw HostError(kFailed, WriteFailure(path));
 }
 
 fs::path Suffixed(const fs::path& job, const char* suffix) {

@@ -7,7 +7,9 @@
 
 #include "driverhost/HalftoneAnswers.h"
 #include "driverhost/HostError.h"
+#include "driverhost/ParameterFiles.h"
 #include "driverhost/TextCompare.h"
+#include "halftone/HalftoneFiles.h"
 
 namespace {
 
@@ -38,6 +40,10 @@ class ScreenMaker {
         }
     }
 
+    void ExpectReadable(const char* listFile) const {
+        ExpectReadableParameters(listFile, settings_.ModelName, settings_.ManufacturerName);
+    }
+
     void Add(const ColorantInfo& colorant, std::unique_ptr<InkScreen> screen,
              const std::string& description) {
         made_.Screens.push_back(std::move(screen));
@@ -46,7 +52,10 @@ class ScreenMaker {
 
     void AddClustered(std::size_t ink) {
         const ColorantInfo& colorant = chosen_.Mode.Colorants[ink];
-        if (!screening_) screening_ = AskScreening(driver_, settings_);
+        if (!screening_) {
+            ExpectReadable(kScreeningListFile);
+            screening_ = AskScreening(driver_, settings_);
+        }
         const ScreenEntry& entry = ScreenOfInk(*screening_, colorant, ink);
         try {
             DotScreen screen = MakeScreen(entry, colorant, chosen_.Resolution);
@@ -88,6 +97,7 @@ class ScreenMaker {
     /// has them for so many levels, or for this ink.
     std::vector<float> AmountsOf(std::size_t ink, int32_t bits) {
         if (!dither_) {
+            ExpectReadable(kDitherListFile);
             dither_ = DitherParams{};
             ditherIsFromFile_ = AskDither(driver_, settings_, *dither_);
         }

@@ -24,7 +24,8 @@ struct JobScreens {
 /// Asks a driver that has answered a capability for what the mode's inks need: screening
 /// parameters for those of one bit, dither parameters for dispersed dots of 1, 2 or 4 bits. 8 bits
 /// keep their amounts. Every colorant has one of these depths. Throws HostError, naming the ink,
-/// when its screen cannot be made and nothing may stand in for it.
+/// when its screen cannot be made and nothing may stand in for it, and naming the file, when
+/// parameters cannot be read: other ones would not be what was chosen.
 JobScreens MakeJobScreens(DriverInterface& driver, const PrintSettings& settings,
                           const ChosenPrint& chosen, OneBitScreens kind);
 

@@ -17,6 +17,7 @@
 #include "driverhost/HostError.h"
 #include "driverhost/JobFile.h"
 #include "driverhost/JobScreens.h"
+#include "driverhost/JobSpace.h"
 #include "driverhost/ManufacturerList.h"
 #include "driverhost/ModelList.h"
 #include "driverhost/Overwriting.h"
@@ -113,23 +114,35 @@ SpotInks FindSpotInks(Rasterizer& rasterizer, const fs::path& workFolder, const 
     return ReadSpotInks(rasterizer, workFolder, names, IsGrayMode(chosen.Mode.Colorants));
 }
 
+/// What is known to come out other than ordered before anything is rasterised.
+void WarnOfArtwork(const Rasterizer& rasterizer, const Artwork& artwork,
+                   const PrintAnswers& answers, Warnings& warnings) {
+    for (const std::string& fault : answers.Screens.Faults)
+        warnings.Add(fault);
+    for (const std::string& complaint : rasterizer.DocumentComplaints())
+        warnings.Add(complaint);
+    const ColorMode& mode = answers.Chosen.Mode;
+    for (std::size_t page = 0; page < artwork.Pages().size(); ++page) {
+        warnings.AddPlan(PlanInks(mode.Colorants, artwork.Pages()[page].Spots, {}), mode.Name);
+        warnings.AddPage(page, artwork.Pages()[page].Faults);
+    }
+    warnings.EndIfStrict();
+}
+
 /// Rasterises, separates and screens all pages.
 void WriteContainer(const fs::path& workFolder, Rasterizer& rasterizer, const Artwork& artwork,
                     const SpotInks& spotInks, const PrintAnswers& answers,
-                    const std::vector<DocumentPage>& pages, int64_t bandPixels) {
+                    const std::vector<DocumentPage>& pages, int64_t bandPixels,
+                    Warnings& warnings) {
     const ChosenPrint& chosen = answers.Chosen;
     const std::vector<ColorantInfo>& colorants = chosen.Mode.Colorants;
     ContainerWriter writer(workFolder / kContainerName, ContainerBytes(pages, chosen.Mode));
     PageSeparator separator(rasterizer, writer, workFolder, chosen, answers.Screens.Screens,
                             bandPixels, pages.size() * pages.front().Tiles.size());
-    Warnings warnings;
-    for (const std::string& fault : answers.Screens.Faults)
-        warnings.Add(fault);
     for (const DocumentPage& page : pages) {
         const InkPlan plan = PlanInks(colorants, artwork.Pages()[page.Index].Spots, spotInks);
-        warnings.AddPlan(plan, chosen.Mode.Name);
-        for (const std::string& complaint : separator.WritePage(page, plan))
-            warnings.Add(fmt::format("page {}: Ghostscript: {}", page.Index + 1, complaint));
+        warnings.AddPage(page.Index, separator.WritePage(page, plan));
+        warnings.EndIfStrict();
         const std::string tiles =
             page.Tiles.size() == 1 ? "" : fmt::format(", {} tiles", page.Tiles.size());
         fmt::print("page {} of {}: {} x {} pixels, {} separations{}\n", page.Index + 1,
@@ -156,15 +169,29 @@ void MakeJob(const MakeJobOptions& options) {
     Rasterizer rasterizer(work.Path(), std::chrono::seconds(options.TimeoutSeconds));
     Artwork artwork(input, rasterizer, options.PictureDpi);
     const std::vector<DocumentPage> pages = LayOut(artwork.Pages(), chosen.Resolution, tiles);
+    const JobSpace space = SpaceOf(artwork, pages, chosen.Mode, options.BandPixels);
+    // What a PostScript program has become lies in the work folder by now.
+    const auto present = static_cast<int64_t>(FolderBytes(work.Path()));
+    if (!options.NoSpaceCheck && options.DryRun)
+        ExpectRoom(work.Path(), artwork.MostDocumentBytes() - present, "the dry run");
+    else if (!options.NoSpaceCheck)
+        ExpectRoom(job.parent_path(), space.Making - present, "making the job");
+    Warnings warnings(options.Strict);
+    WarnOfArtwork(rasterizer, artwork, answers, warnings);
     artwork.Prepare();
     const SpotInks spotInks = FindSpotInks(rasterizer, work.Path(), artwork, chosen);
     if (options.DryRun) {
         ReportDryRun({rasterizer, artwork, spotInks, chosen, answers.Screens, pages, work.Path(),
-                      job.parent_path(), options.BandPixels});
+                      job.parent_path(), space},
+                     warnings);
+        warnings.EndIfStrict();
+        if (!options.NoSpaceCheck && !job.empty())
+            ExpectRoom(job.parent_path(), space.Making, "making the job");
         return;
     }
     WhiteOrder white(options.White, job, options.Model, chosen.Choice);
-    WriteContainer(work.Path(), rasterizer, artwork, spotInks, answers, pages, options.BandPixels);
+    WriteContainer(work.Path(), rasterizer, artwork, spotInks, answers, pages, options.BandPixels,
+                   warnings);
 
     JobSettings settings;
     settings.Model = options.Model;
@@ -222,6 +249,12 @@ void AddMakeJobCommand(CommandTree& tree) {
     command.add_flag("--force", options.Force, "Replace files that are no job's");
     command.add_flag("--dry-run", options.DryRun,
                      "Make nothing: say the pages' sizes, their inks and the disk space needed");
+    command.add_flag("--strict", options.Strict,
+                     "Make no job that comes out other than the artwork and the model say: "
+                     "warnings fail");
+    command.add_flag("--no-space-check", options.NoSpaceCheck,
+                     "Begin even where the disk may not have room for the most that the job and "
+                     "its making can take");
     command
         .add_option("--picture-dpi", options.PictureDpi,
                     "Pixels per inch that a picture has, whatever it says itself")
@@ -244,7 +277,8 @@ void AddMakeJobCommand(CommandTree& tree) {
         "grey.\n"
         "A spot ink goes to the channel of its name; without one it is printed with process inks.\n"
         "An EPS is cut to its bounding box. A TIFF, PNG or JPEG picture fills a page of its own\n"
-        "size; one that does not say its resolution has 300 dpi.",
+        "size; one that does not say its resolution has 300 dpi. Fonts that the artwork does not\n"
+        "bring along, damage that is repaired and operators that are passed over are warnings.",
         {"driverhost make-job poster.pdf --model \"Fenland R4\" -o poster.job",
          ("driverhost make-job poster.pdf --model \"Fenland F8\" --media Glass --print-mode Fine "
           "\\\n"
@@ -252,5 +286,6 @@ void AddMakeJobCommand(CommandTree& tree) {
           "glass.job"),
          "driverhost make-job photo.png --model \"Fenland T4\" --tiles 3x2 -o wall.job",
          "driverhost make-job poster.pdf --model \"Fenland S1\" --screen fm -o film.job",
-         "driverhost make-job photo.png --model \"Fenland R4\" --picture-dpi 150 --dry-run"});
+         "driverhost make-job photo.png --model \"Fenland R4\" --picture-dpi 150 --dry-run",
+         "driverhost make-job photo.png --model \"Fenland R4\" --strict -o photo.job"});
 }

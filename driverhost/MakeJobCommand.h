@@ -12,13 +12,15 @@ struct MakeJobOptions {
     std::string Model;
     std::string Job;
     ChoiceOptions Choice;
-    std::string Manufacturer;  ///< empty: the one that the model's name begins with
-    std::string Screen;        ///< "am", "fm"; empty: am as far as it can be made
-    std::string Tiles;         ///< "COLUMNSxROWS"; empty: pages in one piece
-    std::string White;         ///< treatment; empty: the model's default, or the earlier job's
-    bool DryRun = false;       ///< `Job` may then be empty
-    bool Force = false;        ///< files that are no job's may be replaced
-    double PictureDpi = 0;     ///< 0: the picture's own
+    std::string Manufacturer;   ///< empty: the one that the model's name begins with
+    std::string Screen;         ///< "am", "fm"; empty: am as far as it can be made
+    std::string Tiles;          ///< "COLUMNSxROWS"; empty: pages in one piece
+    std::string White;          ///< treatment; empty: the model's default, or the earlier job's
+    bool DryRun = false;        ///< `Job` may then be empty
+    bool Strict = false;        ///< warnings fail too
+    bool NoSpaceCheck = false;  ///< begin where the disk may be too small
+    bool Force = false;         ///< files that are no job's may be replaced
+    double PictureDpi = 0;      ///< 0: the picture's own
     int64_t TimeoutSeconds = 300;
     /// Most pixels of one rasteriser run. Its composite picture takes four bytes a pixel and must
     /// stay well below 4 GiB.

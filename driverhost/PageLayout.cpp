@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "driverhost/Halftone.h"
 #include "driverhost/HostError.h"
 #include "driverhost/Rasterizer.h"
@@ -41,7 +43,9 @@ int64_t ContainerBytes(const std::vector<DocumentPage>& pages, const ColorMode& 
     for (const DocumentPage& page : pages)
         for (const PageArea& tile : page.Tiles)
             for (const ColorantInfo& colorant : mode.Colorants)
-                bytes += tile.Rows *
-                         PackedRowBytes(tile.Width, static_cast<int32_t>(colorant.ColorDepth));
+                bytes = std::min(
+                    bytes + tile.Rows * PackedRowBytes(tile.Width,
+                                                       static_cast<int32_t>(colorant.ColorDepth)),
+                    kBeyondAnyDisk);
     return bytes;
 }

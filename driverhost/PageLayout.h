@@ -23,5 +23,8 @@ struct DocumentPage {
 std::vector<DocumentPage> LayOut(const std::vector<PdfPage>& pages,
                                  const ResolutionItem& resolution, const TileGrid& grid);
 
-/// Bytes of all rows of a job's container before they are compressed.
+/// More than any disk holds, and so little that a few of it can be added up.
+inline constexpr int64_t kBeyondAnyDisk = int64_t{1} << 60;
+
+/// Bytes of all rows of a job's container before they are compressed; at most kBeyondAnyDisk.
 int64_t ContainerBytes(const std::vector<DocumentPage>& pages, const ColorMode& mode);

@@ -2,22 +2,14 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <system_error>
 
 #include "driverhost/HostError.h"
 #include "driverhost/InkRows.h"
+#include "driverhost/PageBands.h"
 #include "platform/Program.h"
 
 namespace fs = std::filesystem;
-
-namespace {
-
-/// Rows that a band is rasterised beyond its own, above and below: the rasteriser places a letter
-/// that its picture cuts up to a pixel away from where it places a whole one.
-constexpr int64_t kMarginRows = 512;
-
-}  // namespace
 
 PageSeparator::PageSeparator(Rasterizer& rasterizer, ContainerWriter& container,
                              const fs::path& workFolder, const ChosenPrint& chosen,
@@ -61,27 +53,20 @@ void PageSeparator::WriteTile(const DocumentPage& page, const PageArea& tile, co
 }
 
 std::vector<std::string> PageSeparator::MakeBands(const DocumentPage& page, const InkPlan& plan) {
-    const PageSize& size = page.Size;
     bands_.clear();
     if (!plan.NeedsSeparations && !plan.NeedsGray) return {};
-    constexpr int64_t kLeastRows = 64;  // lower bands would only start the rasteriser more often
-    const int64_t mostRows = bandPixels_ / size.Width;
-    const int64_t margin = std::min(kMarginRows, mostRows / 4);
-    const int64_t bandRows =
-        mostRows >= size.Rows ? size.Rows : std::max(mostRows - 2 * margin, kLeastRows);
     std::vector<std::string> complaints;
     BandRequest request;
     request.PageNumber = static_cast<int32_t>(page.Index) + 1;
     request.XResolution = chosen_.Resolution.XResolution;
     request.YResolution = chosen_.Resolution.YResolution;
-    request.WidthPixels = size.Width;
-    request.PageRows = size.Rows;
-    for (int64_t row = 0; row < size.Rows; row += bandRows) {
-        const int64_t end = std::min(row + bandRows, size.Rows);
-        request.FirstRow = std::max(row - margin, int64_t{0});
-        request.RowCount = std::min(end + margin, size.Rows) - request.FirstRow;
-        bands_.push_back({workFolder_ / fmt::format("band{}", bands_.size()), request.RowCount,
-                          row - request.FirstRow, end - request.FirstRow});
+    request.WidthPixels = page.Size.Width;
+    request.PageRows = page.Size.Rows;
+    for (const PageBand& band : BandsOf(page.Size, bandPixels_)) {
+        request.FirstRow = band.FirstRow;
+        request.RowCount = band.RowCount;
+        bands_.push_back({workFolder_ / fmt::format("band{}", bands_.size()), band.RowCount,
+                          band.FirstOwnRow, band.EndOwnRow});
         std::error_code error;
         fs::create_directory(bands_.back().Folder, error);
         if (error)

@@ -9,7 +9,9 @@
 struct PdfPage {
     double WidthPoints = 0;  ///< turned by the page's rotation, scaled by its user unit
     double HeightPoints = 0;
-    std::vector<std::string> Spots;  ///< names of its inks beside the process inks
+    std::vector<std::string> Spots;   ///< names of its inks beside the process inks
+    int64_t PictureBytes = 0;         ///< of the pictures that it shows, decoded
+    std::vector<std::string> Faults;  ///< what of its content is not drawn
 };
 
 /// What the rasteriser's page report says of a document. Throws HostError, naming the cause, for

@@ -112,9 +112,8 @@ void PlateReader::OpenBand() {
 
 void PlateReader::ReadPlateRow(std::span<uint8_t> amounts) {
     if (TIFFReadScanline(file_->Tiff.get(), amounts.data(), static_cast<uint32_t>(row_)) != 1)
-        throw HostError(kFailed, fmt::format("the plate of {} ends early, at row {} of {}; is the "
-                                             "disk full?",
-                                             plate_, row_, bands_[band_].PlateRows));
+        throw HostError(kFailed, fmt::format("the plate of {} ends early, at row {} of {}", plate_,
+                                             row_, bands_[band_].PlateRows));
 }
 
 void PlateReader::ReadRow(std::span<uint8_t> amounts) {

@@ -9,7 +9,9 @@
 #include <system_error>
 #include <thread>
 
+#include "driverhost/FreeSpace.h"
 #include "driverhost/HostError.h"
+#include "driverhost/RasterizerLog.h"
 #include "driverhost/WorkFolder.h"
 #include "host/Numbers.h"
 #include "platform/Program.h"
@@ -29,18 +31,6 @@ std::string ReadLog(const fs::path& path) {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-/// Printable, in one line, of a length that a person reads.
-std::string Readable(std::string_view line) {
-    constexpr std::size_t kMost = 160;
-    line = line.substr(0, std::min(line.size(), kMost));
-    const std::size_t first = std::min(line.find_first_not_of("* \t"), line.size());
-    std::string text(line.substr(first));
-    std::replace_if(
-        text.begin(), text.end(), [](char character) { return character >= 0 && character < ' '; },
-        '?');
-    return text;
-}
-
 /// What a PostScript program may become: one that draws for ever ends there.
 std::uintmax_t MostConvertedBytes(const fs::path& program) {
     constexpr std::uintmax_t kAlways = std::uintmax_t{4} << 30;
@@ -50,22 +40,6 @@ std::uintmax_t MostConvertedBytes(const fs::path& program) {
     return error ? kAlways : std::max(kAlways, bytes * kTimesItsSize);
 }
 
-/// The lines of a log that complain.
-std::vector<std::string> ComplaintsIn(const std::string& log) {
-    std::vector<std::string> lines;
-    std::size_t start = 0;
-    while (start < log.size()) {
-        const std::size_t end = std::min(log.find('\n', start), log.size());
-        const std::string_view line = std::string_view(log).substr(start, end - start);
-        if (line.find("Error") != std::string_view::npos ||
-            line.find("rror: ") != std::string_view::npos ||
-            line.find("skipping one or more") != std::string_view::npos)
-            lines.push_back(Readable(line));
-        start = end + 1;
-    }
-    return lines;
-}
-
 std::string HexName(const std::string& name) {
     std::string hex;
     for (const char character : name)
@@ -73,7 +47,14 @@ std::string HexName(const std::string& name) {
     return '<' + hex + "> cvn";
 }
 
-/// Set-up that the page device keeps: the spot inks that get plates, and the band's place.
+/// Resolution of the device that draws at `dotsPerInch`: where the device has no screens for so
+/// little, the page is drawn smaller instead.
+double DeviceResolution(double dotsPerInch) {
+    constexpr double kLeast = 10;
+    return std::max(dotsPerInch, kLeast);
+}
+
+/// Set-up that the page device keeps: the spot inks that get plates, and the band's place and size.
 std::string SetUp(const BandRequest& band, const InkPlan& plan) {
     std::string names;
     for (const std::string& spot : plan.PlateSpots)
@@ -83,9 +64,11 @@ std::string SetUp(const BandRequest& band, const InkPlan& plan) {
     const int64_t rowsBelow = band.PageRows - band.FirstRow - band.RowCount;
     return fmt::format(
         "<< /SeparationColorNames [ {}]\n"
-        "   /Install {{ matrix currentmatrix dup 5 2 copy get {} add put setmatrix }} bind\n"
+        "   /Install {{ matrix currentmatrix dup 5 2 copy get {} add put setmatrix\n"
+        "               {:.9f} {:.9f} scale }} bind\n"
         ">> setpagedevice\n",
-        names, rowsBelow);
+        names, rowsBelow, band.XResolution / DeviceResolution(band.XResolution),
+        band.YResolution / DeviceResolution(band.YResolution));
 }
 
 }  // namespace
@@ -124,6 +107,8 @@ void Rasterizer::ConvertPostScript(const fs::path& program) {
          "-dColorImageFilter=/FlateEncode", "-dGrayImageFilter=/FlateEncode",
          "-dDownsampleColorImages=false", "-dDownsampleGrayImages=false",
          "-dDownsampleMonoImages=false", "-sOutputFile=" + document_.filename().string(), "-c",
+         // The fonts that it brings go along, those too that every reader is said to have.
+         "<< /NeverEmbed [] >> setdistillerparams",
          // A program that shows pages for ever ends here.
          fmt::format("<< /EndPage {{ 1 index {} ge {{ /showpage /limitcheck signalerror }} if exch "
                      "pop 2 ne }} >> setpagedevice",
@@ -133,6 +118,7 @@ void Rasterizer::ConvertPostScript(const fs::path& program) {
     mostBytes_ = MostConvertedBytes(program);
     const std::string log = RunToEnd(arguments, workFolder_, "running the PostScript");
     mostBytes_ = UINTMAX_MAX;
+    NoteDocument(ComplaintsIn(log, RasterizerRun::kProgram));
     // A program that shows nothing leaves a blank page.
     const std::size_t label = log.rfind(kPageCountLabel);
     if (label != std::string::npos &&
@@ -141,13 +127,20 @@ void Rasterizer::ConvertPostScript(const fs::path& program) {
 }
 
 std::vector<std::string> Rasterizer::CommonArguments() const {
-    return {"gs", "-q", "-dSAFER", "-dBATCH", "-dNOPAUSE", "-dPDFSTOPONERROR"};
+    // Not quiet: only so does it say which fonts it replaces and what it repairs.
+    return {"gs", "-dSAFER", "-dBATCH", "-dNOPAUSE", "-dPDFSTOPONERROR"};
 }
 
 std::vector<PdfPage> Rasterizer::ReadPages() {
     std::vector<std::string> arguments = CommonArguments();
     arguments.insert(arguments.end(), {"-dNODISPLAY", "-dPDFINFO", document_.filename().string()});
-    return ParsePageReport(RunToEnd(arguments, workFolder_, "reading the pages"));
+    const std::string report = RunToEnd(arguments, workFolder_, "reading the pages");
+    NoteDocument(ComplaintsIn(report, RasterizerRun::kPageReport));
+    return ParsePageReport(report);
+}
+
+void Rasterizer::NoteDocument(const std::vector<std::string>& complaints) {
+    documentComplaints_.insert(documentComplaints_.end(), complaints.begin(), complaints.end());
 }
 
 std::vector<std::string> Rasterizer::MakePlates(const BandRequest& band, const InkPlan& plan,
@@ -173,7 +166,8 @@ void Rasterizer::Separate(const BandRequest& band, const InkPlan& plan, const fs
     arguments.insert(
         arguments.end(),
         {fmt::format("-sDEVICE={}", device), "-dTIFFDateTime=false", "-sCompression=pack",
-         fmt::format("-r{}x{}", band.XResolution, band.YResolution),
+         fmt::format("-r{}x{}", DeviceResolution(band.XResolution),
+                     DeviceResolution(band.YResolution)),
          fmt::format("-g{}x{}", band.WidthPixels, band.RowCount), "-dFIXEDMEDIA", "-dUseCropBox",
          fmt::format("-dFirstPage={}", band.PageNumber),
          fmt::format("-dLastPage={}", band.PageNumber),
@@ -183,8 +177,11 @@ void Rasterizer::Separate(const BandRequest& band, const InkPlan& plan, const fs
     if (gray || plan.UsesFastColor) arguments.emplace_back("-dUseFastColor");
     arguments.insert(arguments.end(), {"setup.ps", "../" + band.Document});
     const std::string log = RunToEnd(arguments, folder, fmt::format("page {}", band.PageNumber));
-    const std::vector<std::string> complaints = ComplaintsIn(log);
-    complaints_.insert(complaints_.end(), complaints.begin(), complaints.end());
+    // Each run reads the document anew.
+    for (const std::string& complaint : ComplaintsIn(log, RasterizerRun::kPages))
+        if (std::find(documentComplaints_.begin(), documentComplaints_.end(), complaint) ==
+            documentComplaints_.end())
+            complaints_.push_back(complaint);
     // The composite picture is as large as all process plates together, and nobody reads it.
     std::error_code ignored;
     fs::remove(folder / "plate.tif", ignored);
@@ -202,16 +199,26 @@ std::string Rasterizer::RunToEnd(const std::vector<std::string>& arguments, cons
                          {{"TMPDIR", temporary.string()}, {"GS_OPTIONS", ""}, {"GS_DEVICE", ""}}}))
         throw HostError(kFailed, "cannot start Ghostscript (gs); is it installed?");
     WaitFor(process, what);
+    StopWhenFull(what);
     std::string text = ReadLog(log);
+    if (text.find("No space left on device") != std::string::npos) ThrowDiskFull(what);
     if (process.Result() != 0) {
         if (text.find("requires a password") != std::string::npos) ParsePageReport(text);
-        const std::vector<std::string> complaints = ComplaintsIn(text);
-        throw HostError(
-            kFailed,
-            fmt::format("Ghostscript failed at {} (exit status {}): {}", what, process.Result(),
-                        complaints.empty() ? "no reason given" : complaints.front()));
+        throw HostError(kFailed, fmt::format("Ghostscript failed at {} (exit status {}): {}", what,
+                                             process.Result(), FailureIn(text)));
     }
     return text;
+}
+
+/// A run ends well on a full disk too, with plates that nobody can read; and what it removes at its
+/// end hides what was wrong.
+void Rasterizer::StopWhenFull(const std::string& what) const {
+    if (IsDiskFull(workFolder_)) ThrowDiskFull(what);
+}
+
+void Rasterizer::ThrowDiskFull(const std::string& what) const {
+    throw HostError(kFailed, fmt::format("the disk is full: there is no more room in {} for {}",
+                                         workFolder_.parent_path().string(), what));
 }
 
 void Rasterizer::WaitFor(ChildProcess& process, const std::string& what) {
@@ -226,6 +233,7 @@ void Rasterizer::WaitFor(ChildProcess& process, const std::string& what) {
             process.Kill();
             throw HostError(kAborted, "interrupted");
         }
+        StopWhenFull(what);
         std::this_thread::sleep_for(kPoll);
         const Clock::time_point now = Clock::now();
         if (now - measured < kMeasure) continue;

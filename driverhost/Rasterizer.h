@@ -44,9 +44,13 @@ class Rasterizer {
     /// Sizes and spot inks of all pages.
     std::vector<PdfPage> ReadPages();
 
+    /// What the runs that read the document complained about, a line each: what of it was repaired
+    /// or replaced.
+    const std::vector<std::string>& DocumentComplaints() const { return documentComplaints_; }
+
     /// Makes the plates of one band in `folder`, which must exist: one 8-bit TIFF per ink, named
-    /// plate(INK).tif, and plate(Gray).tif. Answers the rasteriser's own complaints, a line each.
-    /// A success means that the runs ended well, not that the plates are whole.
+    /// plate(INK).tif, and plate(Gray).tif. Answers what the runs complained about beyond that, a
+    /// line each. A success means that they ended well, not that the plates are whole.
     std::vector<std::string> MakePlates(const BandRequest& band, const InkPlan& plan,
                                         const std::filesystem::path& folder);
 
@@ -58,10 +62,14 @@ class Rasterizer {
     std::string RunToEnd(const std::vector<std::string>& arguments,
                          const std::filesystem::path& folder, const std::string& what);
     void WaitFor(ChildProcess& process, const std::string& what);
+    void StopWhenFull(const std::string& what) const;
+    [[noreturn]] void ThrowDiskFull(const std::string& what) const;
+    void NoteDocument(const std::vector<std::string>& complaints);
 
     std::filesystem::path workFolder_;
     std::filesystem::path document_;
     std::chrono::seconds timeout_;
     std::uintmax_t mostBytes_ = UINTMAX_MAX;  ///< in the work folder while a run goes on
-    std::vector<std::string> complaints_;
+    std::vector<std::string> documentComplaints_;
+    std::vector<std::string> complaints_;  ///< of the plates that are made
 };

@@ -4,8 +4,21 @@
 
 #include "driverhost/Speech.h"
 
+#include "driverhost/HostError.h"
+
 void Warnings::Add(const std::string& text) {
     if (said_.insert(text).second) Complain("warning: {}", text);
+}
+
+void Warnings::AddPage(std::size_t page, const std::vector<std::string>& complaints) {
+    for (const std::string& complaint : complaints)
+        if (saidOfPages_.insert(complaint).second)
+            Add(fmt::format("page {}: {}", page + 1, complaint));
+}
+
+void Warnings::EndIfStrict() const {
+    if (strict_ && !said_.empty())
+        throw HostError(kFailed, "there are warnings, which --strict does not allow");
 }
 
 void Warnings::AddPlan(const InkPlan& plan, const std::string& mode) {

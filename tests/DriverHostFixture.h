@@ -35,28 +35,37 @@ struct Page {
     std::string Content;
 };
 
-/// A PDF without compression; its inks /S0 and /S1 are the separations WHITE and Orange, and /Over
-/// is the graphics state that overprints.
+/// A PDF without compression; its inks /S0 and /S1 are the separations WHITE and Orange, /Over is
+/// the graphics state that overprints, and /Sans is a font that it does not bring along.
 inline std::string Pdf(const std::vector<Page>& pages) {
-    std::string kids;
-    std::string objects;
-    for (std::size_t i = 0; i < pages.size(); ++i) {
-        kids += fmt::format("1{} 0 R ", i);
-        objects += fmt::format(
-            "1{} 0 obj << /Type /Page /Parent 2 0 R /MediaBox [{}] /Contents 2{} 0 R >> endobj\n"
-            "2{} 0 obj << /Length {} >>\nstream\n{}\nendstream endobj\n",
-            i, pages[i].MediaBox, i, i, pages[i].Content.size(), pages[i].Content);
-    }
-    return fmt::format(
-        "%PDF-1.4\n1 0 obj << /Type /Catalog /Pages 2 0 R >> endobj\n"
-        "2 0 obj << /Type /Pages /Kids [{}] /Count {} /Resources 3 0 R >> endobj\n"
-        "3 0 obj << /ColorSpace << /S0 [/Separation /WHITE /DeviceCMYK 4 0 R]\n"
+    std::vector<std::string> objects = {
+        "<< /Type /Catalog /Pages 2 0 R >>",
+        "",
+        "<< /ColorSpace << /S0 [/Separation /WHITE /DeviceCMYK 4 0 R]\n"
         "/S1 [/Separation /Orange /DeviceCMYK 5 0 R] >>\n"
-        "/ExtGState << /Over << /OP true /op true /OPM 1 >> >> >> endobj\n"
-        "4 0 obj << /FunctionType 2 /Domain [0 1] /N 1 /C0 [0 0 0 0] /C1 [0.1 0 0 0] >> endobj\n"
-        "5 0 obj << /FunctionType 2 /Domain [0 1] /N 1 /C0 [0 0 0 0] /C1 [0 0.5 1 0] >> endobj\n"
-        "{}trailer << /Root 1 0 R >>\n",
-        kids, pages.size(), objects);
+        "/ExtGState << /Over << /OP true /op true /OPM 1 >> >> /Font << /Sans 6 0 R >> >>",
+        "<< /FunctionType 2 /Domain [0 1] /N 1 /C0 [0 0 0 0] /C1 [0.1 0 0 0] >>",
+        "<< /FunctionType 2 /Domain [0 1] /N 1 /C0 [0 0 0 0] /C1 [0 0.5 1 0] >>",
+        "<< /Type /Font /Subtype /Type1 /BaseFont /Fenland-Sans >>"};
+    std::string kids;
+    for (const Page& page : pages) {
+        kids += fmt::format("{} 0 R ", objects.size() + 1);
+        objects.push_back(
+            fmt::format("<< /Type /Page /Parent 2 0 R /MediaBox [{}] /Contents {} 0 R >>",
+                        page.MediaBox, objects.size() + 2));
+        objects.push_back(fmt::format("<< /Length {} >>\nstream\n{}\nendstream",
+                                      page.Content.size(), page.Content));
+    }
+    objects[1] =
+        fmt::format("<< /Type /Pages /Kids [{}] /Count {} /Resources 3 0 R >>", kids, pages.size());
+    std::string pdf = "%PDF-1.4\n";
+    std::string places = "0000000000 65535 f \n";
+    for (std::size_t i = 0; i < objects.size(); ++i) {
+        places += fmt::format("{:010} 00000 n \n", pdf.size());
+        pdf += fmt::format("{} 0 obj {}\nendobj\n", i + 1, objects[i]);
+    }
+    return fmt::format("{}xref\n0 {}\n{}trailer << /Size {} /Root 1 0 R >>\nstartxref\n{}\n%%EOF\n",
+                       pdf, objects.size() + 1, places, objects.size() + 1, pdf.size());
 }
 
 /// Cyan, full, on the lower left quarter and magenta, half, on the upper right one of an inch.

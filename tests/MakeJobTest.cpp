@@ -352,6 +352,73 @@ TEST_F(MakeJobInputs, ADryRunSaysWhatAJobNeedsAndMakesNothing) {
     EXPECT_FALSE(Contains(outcome.Output, "Cyan")) << outcome.Output;
     EXPECT_TRUE(Files() == before);
     EXPECT_EQ(Host({"make-job", "a.pdf", "--model", "Fenland R4"}).Status, 2);
+
+    // A picture of 100 x 50 pixels counts twice: decoded for the rasteriser, and laid aside by it.
+    Draw("png16m", "a.png");
+    const Outcome picture =
+        Host({"make-job", "a.png", "--model", "Fenland R4", "--color-mode", "2", "--dry-run"});
+    EXPECT_TRUE(Contains(picture.Output, "at most 261.2 kB for the job, 813.7 kB while it is made"))
+        << picture.Output;
+}
+
+TEST_F(MakeJobInputs, BeginsNothingThatTheDiskHasNoRoomFor) {
+    // 70 m a side: 500 GB, and 16 times that while it is made.
+    Write("huge.pdf", Pdf({{"0 0 200000 200000", "0 1 0 0 k 0 0 100000 100000 re f"}}));
+    const Listing before = Files();
+    const std::string refusal = "making the job takes up to ";
+    ExpectRefused(MakeJob("huge.pdf"), refusal, before);
+    const Outcome dry = MakeJob("huge.pdf", {"--dry-run"});
+    EXPECT_EQ(dry.Status, 1);
+    for (const char* const part :
+         {"1000000 x 1000000 pixels", "Magenta 25.", "at most 503.9 GB for", refusal.c_str()})
+        EXPECT_TRUE(Contains(dry.Output, part)) << part << '\n' << dry.Output;
+    EXPECT_EQ(MakeJob("huge.pdf", {"--dry-run", "--no-space-check"}).Status, 0);
+    EXPECT_TRUE(Files() == before);
+    if (Shell("unshare -m true").Status != 0) return;  // who may not mount has no small disk
+    fs::create_directory(Path("small"));
+    const Outcome full = Shell(
+        "unshare -m sh -c 'mount -t tmpfs -o size=100k none small && \"$0\" make-job "
+        "program.ps --model \"Fenland R4\" -o small/job --no-space-check; ls small' "
+        "\"$host\"");
+    EXPECT_TRUE(Contains(full.Output, "driverhost: the disk is full: ")) << full.Output;
+    EXPECT_EQ(std::count(full.Output.begin(), full.Output.end(), '\n'), 1) << full.Output;
+}
+
+TEST_F(MakeJobInputs, WarnsOfWhatIsNotDrawnAsOrdered) {
+    // Without spot inks, of which there is something to be said, too.
+    const auto page = [](const std::string& content) {
+        std::string pdf = Pdf({{"0 0 72 72", "0 1 0 0 k 0 0 9 9 re f " + content}});
+        return pdf.replace(pdf.find("/ColorSpace"), 11, "/NoInks    ");
+    };
+    const std::string whole = page("");
+    const std::tuple<const char*, std::string, std::vector<const char*>> cases[] = {
+        {"whole.pdf", whole, {}},
+        {"font.pdf",
+         page("BT /Sans 9 Tf (x) Tj ET"),
+         {"page 1: the font Fenland-Sans is not embedded; "}},
+        {"cut.pdf", whole.substr(0, whole.find("xref")), {"Ghostscript: PDF file was repaired"}},
+        {"word.pdf",
+         page("BX skipped EX 9 9 9 9 ref"),
+         {"page 1: \"ref\" is no operator of a page; what it stands for is not drawn"}},
+        {"stack.pdf", page("Q"), {"page 1: Ghostscript: encountered more Q than q"}},
+        {"font.ps",
+         "%!PS\n/Fenland-Sans findfont setfont 9 9 moveto (x) show showpage\n",
+         {"Ghostscript: Substituting font ", "the program brings no font of its own where "}},
+    };
+    for (const auto& [name, bytes, messages] : cases) {
+        SCOPED_TRACE(name);
+        Write(name, bytes);
+        const Outcome dry = MakeJob(name, {"--dry-run"});
+        EXPECT_EQ(dry.Status, 0) << dry.Output;
+        for (const char* const message : messages)
+            EXPECT_TRUE(Contains(dry.Output, std::string("warning: ") + message)) << dry.Output;
+        const Listing before = Files();
+        const Outcome strict = MakeJob(name, {"--strict"});
+        EXPECT_EQ(strict.Status, messages.empty() ? 0 : 1) << strict.Output;
+        EXPECT_EQ(Files() == before, !messages.empty());
+        for (const char* const message : messages)
+            EXPECT_TRUE(Contains(strict.Output, message)) << strict.Output;
+    }
 }
 
 }  // namespace

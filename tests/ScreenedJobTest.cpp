@@ -187,6 +187,14 @@ TEST_F(ScreenedJob, SaysWhichParametersCannotServe) {
         EXPECT_TRUE(Contains(made.Output, row.Said)) << made.Output;
         EXPECT_TRUE(row.Status == 0 || Files() == before);
     }
+    // What cannot be read is not made up for: with other screens nobody would see it.
+    for (const char* const file : {"p.xml", "ScreeningParams.xml"}) {
+        fs::remove(Path(fmt::format("base/OutputDrivers/{}", file)));
+        fs::create_directory(Path(fmt::format("base/OutputDrivers/{}", file)));
+        ExpectRefused(Host({"--base", "base", "make-job", "a.pdf", "-o", "job", "--model",
+                            "Fenland R4", "--manufacturer", "Fenland"}),
+                      fmt::format("base/OutputDrivers/{} is a folder: other", file), Files());
+    }
 }
 
 }  // namespace

@@ -79,8 +79,8 @@ TEST_F(Templates, AreReadLineByLine) {
     }
     Write("JobTicketTemplates/t.xml", "QL_TILES\r\nQL_COPYS QL_TILES QL_COPIESX");
     ExpectFound(FoundIn("JobTicketTemplates/t.xml", Host({"check", "JobTicketTemplates/t.xml"})),
-                std::array{"2:1: warning: no keyword \"QL_COPYS\" (did you mean \"QL_COPIES\"?)",
-                           "2:10: warning: only the first QL_TILES is replaced",
+                std::array{"2:1: error: no keyword \"QL_COPYS\" (did you mean \"QL_COPIES\"?)",
+                           "2:10: error: only the first QL_TILES is replaced",
                            "2:19: warning: of \"QL_COPIESX\" only QL_COPIES is replaced"});
 }
 

@@ -116,9 +116,9 @@ void AddCheckCommand(CommandTree& tree) {
     AddHelp(
         command,
         "A finding is one line: FILE:LINE:COLUMN: error or warning: TEXT. An error is what the\n"
-        "driver refuses, or what makes it print other than the file says; a warning what it\n"
-        "ignores or guesses. Places in a compressed file are those of its text. The status is 1\n"
-        "when there are errors.",
+        "driver refuses and what ruins a print, for it comes out other than the file says; a\n"
+        "warning what it ignores or guesses without that. Places in a compressed file are those\n"
+        "of its text. The status is 1 when there are errors.",
         {"driverhost check", "driverhost check models --strict",
          "driverhost check models/OutputDrivers/FenlandR4.xml --json"});
 }

@@ -3,16 +3,14 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <map>
 #include <set>
 
+#include "driverhost/NoFileReason.h"
 #include "host/FileBytes.h"
 #include "host/Gzip.h"
 #include "host/Numbers.h"
 #include "host/XmlReading.h"
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -42,15 +40,6 @@ bool Contains(const std::vector<std::string_view>& names, std::string_view name)
 }
 
 }  // namespace
-
-std::string NoFileReason(const AFilePath& path) {
-    if (!path.isValid()) return "names a file outside its folder";
-    std::error_code error;
-    const fs::file_status status = fs::status(path.fullPath(), error);
-    if (!fs::exists(status)) return "does not exist";
-    if (fs::is_directory(status)) return "is a folder";
-    return fs::is_regular_file(status) ? "" : "is no file";
-}
 
 bool CheckedDocument::Load(const AFilePath& path, Form form) {
     file_ = path.fullPath();

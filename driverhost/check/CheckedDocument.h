@@ -71,9 +71,6 @@ class CheckedDocument {
     pugi::xml_node root_;
 };
 
-/// Why the driver cannot read a file of that path; "" when it is a file.
-std::string NoFileReason(const AFilePath& path);
-
 /// Visits the child elements of `parent` in order: `visit(child, position)`.
 template <class Visit>
 void ForEachElement(const pugi::xml_node& parent, Visit visit) {

@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-/// What `driverhost check` finds. An error is what the driver refuses, or what makes it print other
-/// than the file says; a warning what it ignores or guesses.
+/// What `driverhost check` finds. An error is what the driver refuses, and what ruins a print: it
+/// comes out other than the file says. A warning is what it ignores or guesses without that.
 enum class Severity { kWarning, kError };
 
 /// A place in a text, both from 1; columns count characters.

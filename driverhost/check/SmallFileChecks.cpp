@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "driverhost/NoFileReason.h"
 #include "driverhost/check/FileChecks.h"
 #include "platform/CodePage.h"
 

@@ -2,6 +2,7 @@
 
 #include "description/ModelOutputSettings.h"
 #include "driverhost/HeaderRemarks.h"
+#include "driverhost/NoFileReason.h"
 #include "driverhost/TicketRemarks.h"
 #include "driverhost/check/FileChecks.h"
 #include "host/FileBytes.h"

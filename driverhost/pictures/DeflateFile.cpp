@@ -1,9 +1,8 @@
 #include "driverhost/pictures/DeflateFile.h"
 
-#include <fmt/format.h>
-
 #include <new>
 
+#include "driverhost/FreeSpace.h"
 #include "driverhost/HostError.h"
 
 namespace {
@@ -57,5 +56,5 @@ void DeflateFile::Close() {
 }
 
 void DeflateFile::Fail() const {
-    throw HostError(kFailed, fmt::format("cannot write {}; is the disk full?", path_.string()));
+    throw HostError(kFailed, WriteFailure(path_));
 }

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 #include <string_view>
@@ -35,6 +36,8 @@ PdfPage PageOf(const PictureHeader& picture, double dpi) {
     page.WidthPoints = static_cast<double>(picture.Width) * kPointsPerInch / xDpi;
     page.HeightPoints = static_cast<double>(picture.Rows) * kPointsPerInch / yDpi;
     if (picture.Orientation >= 5) std::swap(page.WidthPoints, page.HeightPoints);
+    page.PictureBytes =
+        picture.Width * picture.Rows * static_cast<int64_t>(SamplesOf(picture.Colors));
     return page;
 }
 
@@ -170,15 +173,19 @@ class PicturePdf {
 
 }  // namespace
 
-std::vector<PdfPage> PicturePages(const fs::path& path, DocumentKind kind,
-                                  const fs::path& workFolder, double dpi) {
+PictureDocument ReadPictures(const fs::path& path, DocumentKind kind, const fs::path& workFolder,
+                             double dpi) {
     const std::unique_ptr<PictureReader> picture = OpenPicture(path, kind, workFolder);
-    std::vector<PdfPage> pages;
+    PictureDocument document;
+    int64_t spoolBytes = 0;
     do {
         StopWhenInterrupted();
-        pages.push_back(PageOf(picture->Header(), dpi));
+        document.Pages.push_back(PageOf(picture->Header(), dpi));
+        document.MostBytes += document.Pages.back().PictureBytes;
+        spoolBytes += picture->Header().SpoolBytes;
     } while (picture->NextPicture());
-    return pages;
+    document.MostBytes = std::min(document.MostBytes, kMostPdfBytes) + spoolBytes;
+    return document;
 }
 
 void WritePicturePdf(const fs::path& path, DocumentKind kind, const std::vector<PdfPage>& pages,

@@ -29,6 +29,7 @@ struct PictureHeader {
     /// How to turn the stored rows, 1 to 8 as TIFF and EXIF number it; 1: they stand as shown.
     int Orientation = 1;
     std::vector<uint8_t> Profile;  ///< ICC profile of the samples; empty: none
+    int64_t SpoolBytes = 0;        ///< that reading the rows takes in the work folder
 };
 
 /// Reads a picture row by row from its stored top, 8 bits a sample, laid on white where it is

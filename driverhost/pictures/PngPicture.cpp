@@ -4,8 +4,10 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 #include <string>
 
+#include "driverhost/FreeSpace.h"
 #include "driverhost/HostError.h"
 #include "driverhost/pictures/Exif.h"
 #include "driverhost/pictures/PictureFormats.h"
@@ -15,6 +17,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr double kMetresPerInch = 0.0254;
+constexpr char kPassesName[] = "passes";
 
 struct CloseStream {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -87,6 +90,7 @@ class PngPicture final : public PictureReader {
         sampleCount_ = png_get_channels(decoder_.Png, decoder_.Info);
         header_.Colors = sampleCount_ < 3 ? PictureColors::kGray : PictureColors::kRgb;
         row_.resize(png_get_rowbytes(decoder_.Png, decoder_.Info));
+        if (isInterlaced_) header_.SpoolBytes = header_.Rows * std::ssize(row_);
     }
 
     void ReadRow(std::span<uint8_t> samples) override {
@@ -134,7 +138,7 @@ class PngPicture final : public PictureReader {
     /// Each pass of an interlaced picture adds its pixels to rows that are kept in a file.
     void AssemblePasses() {
         constexpr int kPasses = 7;
-        rows_.open(workFolder_ / "passes",
+        rows_.open(workFolder_ / kPassesName,
                    std::ios::binary | std::ios::in | std::ios::out | std::ios::trunc);
         const auto bytes = static_cast<std::streamsize>(row_.size());
         for (int pass = 0; pass < kPasses; ++pass) {
@@ -154,9 +158,7 @@ class PngPicture final : public PictureReader {
     void ReadAssembledRow() {
         if (!rows_.is_open()) AssemblePasses();
         rows_.read(reinterpret_cast<char*>(row_.data()), static_cast<std::streamsize>(row_.size()));
-        if (!rows_)
-            throw HostError(kFailed, fmt::format("cannot write to {}; is the disk full?",
-                                                 workFolder_.string()));
+        if (!rows_) throw HostError(kFailed, WriteFailure(workFolder_ / kPassesName));
     }
 
     fs::path path_;

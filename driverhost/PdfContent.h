@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <set>
+#include <string>
+#include <vector>
+
+/// What the content of a page holds that the rasteriser does not tell of.
+struct PageContent {
+    int64_t PictureBytes = 0;  ///< of the pictures that the page shows, decoded
+    /// Words that stand where an operator is due and are none: the rasteriser passes over them
+    /// without a word, and what they stood for is not drawn. A few of them when there are many.
+    std::set<std::string> UnknownOperators;
+};
+
+/// Looks through the pages of a PDF, in order. Ends before the first page that cannot be read: to
+/// say what is wrong there is the rasteriser's part.
+std::vector<PageContent> ReadPageContents(const std::filesystem::path& document);
