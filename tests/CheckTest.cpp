@@ -137,7 +137,7 @@ const FaultCase kDescriptionFaults[] = {
     // What the files look like.
     {{{"<ColorDepth>8", "<ColorDepth>16"}}, {"27:17: error: ColorDepth 16 cannot be printed"}},
     {{{"<ColorDepth>1</ColorDepth></I>\n", "<ColorDepth>2</ColorDepth></I>\n"}},
-     {"25:33: error: ColorDepth 1 beside the 2 of the first colorant"}},
+     {"25:33: error: ColorDepth 1 beside the 2 of an earlier colorant"}},
     {{{"filename_K.tif", "filename_K.tfi"}},
      {"19:84: error: ChannelName \"filename_K.tfi\" makes a file of raw lines; did you mean "
       "\".tif\""}},

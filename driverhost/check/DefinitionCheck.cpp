@@ -243,13 +243,14 @@ void DefinitionCheck::CheckColorant(const pugi::xml_node& item, DescribedColorMo
         document_.Error(at, fmt::format("ColorDepth {} cannot be printed: job containers hold "
                                         "separations of 1, 2, 4 or 8 bits",
                                         *depth));
-    } else if (modeDepth && *modeDepth != *depth) {
-        document_.Error(at, fmt::format("ColorDepth {} beside the {} of the first colorant: a page "
-                                        "is written in its greatest depth, in which the others "
-                                        "come out wrong",
+    } else if (!modeDepth) {
+        modeDepth = depth;
+    } else if (*modeDepth != *depth) {
+        document_.Error(at, fmt::format("ColorDepth {} beside the {} of an earlier colorant: a "
+                                        "page is written in its greatest depth, in which the "
+                                        "others come out wrong",
                                         *depth, *modeDepth));
     }
-    if (!modeDepth) modeDepth = depth;
 
     const std::string spotText = item.attribute("IsSpotColor").value();
     const std::optional<int32_t> spot = document_.Number(item, "IsSpotColor");
