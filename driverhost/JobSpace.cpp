@@ -7,8 +7,8 @@
 #include "driverhost/FreeSpace.h"
 #include "driverhost/HostError.h"
 #include "driverhost/InkPlan.h"
-#include "driverhost/OutputFiles.h"
 #include "driverhost/PageBands.h"
+#include "plugin/output/LineSize.h"
 
 namespace {
 
@@ -39,14 +39,12 @@ int64_t PageBytes(const PdfPage& page, const PageSize& size, const ColorMode& mo
 }
 
 int64_t ChannelBytes(const DocumentPage& page, const ColorMode& mode) {
-    PageExpectation channel;
+    int64_t bits = 1;
     for (const ColorantInfo& colorant : mode.Colorants)
-        channel.Bits = std::max(channel.Bits, static_cast<int32_t>(colorant.ColorDepth));
+        bits = std::max<int64_t>(bits, colorant.ColorDepth);
     int64_t lineBytes = 0;
-    for (const PageArea& tile : page.Tiles) {
-        channel.WidthPixels = tile.Width;
-        lineBytes += channel.LineBytes() * tile.Rows;
-    }
+    for (const PageArea& tile : page.Tiles)
+        lineBytes += LineSizeBytes(tile.Width, bits) * tile.Rows;
     return lineBytes * static_cast<int64_t>(mode.Colorants.size());
 }
 
