@@ -19,9 +19,10 @@ namespace {
 /// The PNG library as the driver's messages call it on every system.
 constexpr std::string_view kPngLibrary = "libpng3.dll";
 
-bool IsSet(const char* variable) {
+/// "" for a variable that is not set.
+std::string ValueOf(const char* variable) {
     const char* const value = std::getenv(variable);
-    return value != nullptr && *value != '\0';
+    return value == nullptr ? "" : value;
 }
 
 }  // namespace
@@ -58,14 +59,15 @@ std::optional<DriverWords::Source> DriverWords::Point(const char* variable, cons
 void DriverWords::Listen(bool takesMessages) {
     constexpr char kLog[] = "QL_LOG_FILE";
     constexpr char kMessages[] = "QL_MESSAGE_FILE";
-    if (IsSet(kLog)) {
-        std::error_code error;
-        const std::uintmax_t size = fs::file_size(std::getenv(kLog), error);
-        log_ = Source{std::getenv(kLog), error ? 0 : size};
-    } else {
+    const std::string usersLog = ValueOf(kLog);
+    if (usersLog.empty()) {
         log_ = Point(kLog, "log");
+    } else {
+        std::error_code error;
+        const std::uintmax_t size = fs::file_size(usersLog, error);
+        log_ = Source{usersLog, error ? 0 : size};
     }
-    if (takesMessages && !IsSet(kMessages)) messages_ = Point(kMessages, "messages");
+    if (takesMessages && ValueOf(kMessages).empty()) messages_ = Point(kMessages, "messages");
 }
 
 std::vector<DriverWord> DriverWords::Take() {

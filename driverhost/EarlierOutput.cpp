@@ -155,7 +155,7 @@ bool EarlierOutput::IsCleared(const std::string& tileFolder, const Replacing& re
     if (!fs::is_directory(fs::symlink_status(path, error)) || !ListFolders(path).empty())
         return false;
     for (const auto& [name, state] : ListFiles(path)) {
-        const std::string file = tileFolder + '/' + name;
+        const std::string file = fmt::format("{}/{}", tileFolder, name);
         if (!IsOfJob(file) && !(replacing.Unknown && unknown_.contains(file))) return false;
     }
     return replacing.Unknown || std::any_of(jobs_.begin(), jobs_.end(), [&](const Job& job) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 #include <string_view>
+#include <utility>
 
 #include "host/Text.h"
 #include "plugin/output/OutputNames.h"
@@ -41,12 +42,11 @@ std::vector<int32_t> PreviewPlanes(const std::vector<AString>& separations,
     return planes;
 }
 
-void PagePreview::StartPage(const ModelOutputSettings& model, PreviewPage page,
-                            const AString& path) {
+void PagePreview::StartPage(const ModelOutputSettings& model, PreviewPage page, AString path) {
     Discard();
     failure_ = {};
+    path_ = std::move(path);
     try {
-        path_ = path;
         page_ = std::move(page);
         if (Begin(model)) return;
         Fail("there is no preview of the size that the model asks for");

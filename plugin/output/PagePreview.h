@@ -44,7 +44,7 @@ struct PreviewFailure {
 class PagePreview {
   public:
     /// Begins a page whose preview goes to `path`. A size that no preview has gives none.
-    void StartPage(const ModelOutputSettings& model, PreviewPage page, const AString& path);
+    void StartPage(const ModelOutputSettings& model, PreviewPage page, AString path);
     void AddLine(uint32_t separation, int32_t row, const uint8_t* line);
     /// Whether the page begun last is to have a preview, as far as can be told so far.
     bool IsWanted() const { return scaler_ != nullptr; }

@@ -56,7 +56,7 @@ bool Strikes(Call call) noexcept {
     const bool isMeant = planned.Position > 0 && call == planned.What;
     if (!isMeant || position < planned.Position || (position > planned.Position && !planned.Lasts))
         return false;
-    const int error = ErrorOf(call, position);
+    const int error = ErrorOf(call, planned.Position);
     if (!record->HasStruck) {
         isInside = true;
         record->HasStruck = true;
