@@ -1,5 +1,6 @@
 #include "host/AXMLTree.h"
 
+#include <new>
 #include <pugixml.hpp>
 #include <string>
 #include <unordered_map>
@@ -13,6 +14,13 @@ namespace {
 
 pugi::xml_node Element(void* element) {
     return pugi::xml_node(static_cast<pugi::xml_node_struct*>(element));
+}
+
+/// A new last child of that name; none without memory, where the library leaves one without a name.
+pugi::xml_node AppendElement(pugi::xml_node parent, std::string_view name) {
+    const std::string utf8 = AnsiToUtf8(name);
+    pugi::xml_node element = parent.append_child(utf8.c_str());
+    return element.name() == utf8 ? element : pugi::xml_node();
 }
 
 struct StringWriter final : pugi::xml_writer {
@@ -47,7 +55,7 @@ AXMLTree::AXMLTree(std::string_view rootName) : document_(std::make_unique<Docum
     pugi::xml_node declaration = document_->xml.append_child(pugi::node_declaration);
     declaration.append_attribute("version").set_value("1.0");
     declaration.append_attribute("encoding").set_value("UTF-8");
-    document_->xml.append_child(std::string(rootName).c_str());
+    if (!AppendElement(document_->xml, rootName)) throw std::bad_alloc();
 }
 
 AXMLTree::~AXMLTree() = default;
@@ -151,7 +159,7 @@ AString AXMLTree::getName(const AXMLTreeNode& node) const {
 int32_t AXMLTree::addChild(AXMLTreeNode& child, const AXMLTreeNode& parent, std::string_view name,
                            std::string_view text, int32_t /*position*/) {
     const AXMLTreeNode under = parent;  // the caller may pass one handle as both
-    pugi::xml_node node = Element(under.element_).append_child(AnsiToUtf8(name).c_str());
+    pugi::xml_node node = AppendElement(Element(under.element_), name);
     child = AXMLTreeNode(node.internal_object());
     if (!node) return 0;
     const auto known = document_->positions.find(under.element_);

@@ -96,7 +96,7 @@ XmlText Utf8Text(std::string_view bytes) {
 /// when it cannot be read so.
 std::string ServingName(std::string_view head, std::string_view name, const Shape& shape) {
     for (const std::string_view order : {std::string_view(), shape.Order}) {
-        const std::string candidate = std::string(name).append(order);
+        std::string candidate = std::string(name).append(order);
         std::string begin;
         EncodedToUtf8(head, candidate.c_str(), kMostUtf8Bytes, begin);
         if (!Declaration(begin).empty()) return candidate;

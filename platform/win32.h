@@ -88,7 +88,7 @@ DWORD GetFileAttributesA(const char* path);
 BOOL GetDiskFreeSpaceExA(const char* path, ULARGE_INTEGER* freeToCaller, ULARGE_INTEGER* total,
                          ULARGE_INTEGER* free);
 /// Copies a file's bytes, replacing `to` unless `failIfExists`. A file is not copied onto itself:
-/// that fails and leaves it as it is.
+/// that fails and leaves it as it is. A copy that is not whole is removed.
 BOOL CopyFileA(const char* from, const char* to, BOOL failIfExists);
 
 /// Milliseconds since the system started, in steps of up to 20; wraps after 49.7 days.

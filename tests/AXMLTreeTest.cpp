@@ -125,7 +125,7 @@ TEST(AXMLTree, TextsAreInTheCodePage) {
 
 /// UTF-8 in another encoding, as the system converts it.
 std::string In(const char* encoding, std::string text) {
-    const iconv_t converter = iconv_open(encoding, "UTF-8");
+    iconv_t converter = iconv_open(encoding, "UTF-8");
     std::string out(text.size() * 4 + 4, '\0');
     char* from = text.data();
     char* to = out.data();

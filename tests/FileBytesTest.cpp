@@ -9,6 +9,7 @@
 
 #include "TestFolder.h"
 #include "boundary/FileSizeLimit.h"
+#include "host/QLCopyFile.h"
 
 namespace fs = std::filesystem;
 
@@ -45,6 +46,7 @@ TEST(ReplaceFileBytes, IsWholeOrNothing) {
     }
     const FileSizeLimit full(2);
     EXPECT_EQ(ReplaceFileBytes(old, "new").SystemError, EFBIG);
+    EXPECT_EQ(QLCopyFile(old, folder.Path("copy")), 0);
     EXPECT_EQ(folder.Read("old"), "old");
     EXPECT_EQ(folder.Count(), 3) << "no unfinished file";
 }

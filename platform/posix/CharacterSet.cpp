@@ -42,7 +42,7 @@ bool HasUtf8Characters(iconv_t converter) {
 
 int CharacterSet::Learn(const char* name) noexcept {
     *this = CharacterSet();
-    const iconv_t converter = iconv_open("UTF-8", name);
+    iconv_t converter = iconv_open("UTF-8", name);
     if (converter == reinterpret_cast<iconv_t>(-1)) return errno;
     isUtf8_ = HasUtf8Characters(converter);
     for (unsigned lead = kFirstHigh; lead < leads_.size() && !isUtf8_; ++lead) {

@@ -69,8 +69,7 @@ bool IsNoFolder(int descriptor) {
     return !S_ISDIR(status.st_mode);
 }
 
-bool CopyBytes(int from, int to) {
-    std::vector<char> buffer(std::size_t{256} * 1024);
+bool CopyBytes(int from, int to, std::vector<char>& buffer) {
     for (;;) {
         const ssize_t count = read(from, buffer.data(), buffer.size());
         if (count < 0 && errno == EINTR) continue;
@@ -208,11 +207,16 @@ BOOL CopyFileA(const char* from, const char* to, BOOL failIfExists) {
     if (stat(target.Get(), &targetStatus) == 0 && targetStatus.st_dev == sourceStatus.st_dev &&
         targetStatus.st_ino == sourceStatus.st_ino)
         return Fail(EBUSY);
+    std::vector<char> buffer(std::size_t{256} * 1024);
     const int creation = failIfExists != FALSE ? O_EXCL : O_TRUNC;
     ScopedDescriptor copy(
         open(target.Get(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | creation, 0666));
     if (copy.Get() < 0) return FALSE;
-    return CopyBytes(source.Get(), copy.Get()) && copy.Close() ? TRUE : FALSE;
+    const bool isFile = fstat(copy.Get(), &targetStatus) == 0 && S_ISREG(targetStatus.st_mode);
+    if (CopyBytes(source.Get(), copy.Get(), buffer) && copy.Close()) return TRUE;
+    const int error = errno;
+    if (isFile) unlink(target.Get());
+    return Fail(error);
 }
 
 DWORD GetTickCount() {
