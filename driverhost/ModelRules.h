@@ -13,9 +13,7 @@ struct ModelRules {
     ModelRules(const std::string& model, const PrintChoice& choice);
 
     /// Whether white is among what the model prints, as a treatment that an operator chooses.
-    bool OffersWhite() const {
-        return Output.DefaultWhiteType != -1 || !Output.WhiteTypeCodes.empty();
-    }
+    bool OffersWhite() const { return Output.OffersWhite; }
 
     CDynamic Description;
     ModelOutputSettings Output;

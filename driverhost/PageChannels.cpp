@@ -77,7 +77,8 @@ PageChannels OpenPageChannels(const fs::path& folder, const PrintRecord& record,
     const std::vector<ColorantInfo> colorants = ColorantsOf(description, record);
     const AString jobName = MakeJobName(record.SourceName);
     const auto count = static_cast<int32_t>(colorants.size());
-    const ChannelNaming naming(model.ChannelNames, count, jobName);
+    model.SupportWhiteType = record.WhiteType;
+    const ChannelNaming naming = PageNaming(description, settings.ModelName, model, count, jobName);
     const PrintRecord::Page& printed = record.Pages.at(page);
 
     PageChannels channels;
@@ -93,13 +94,12 @@ PageChannels OpenPageChannels(const fs::path& folder, const PrintRecord& record,
         channels.Channels.push_back(
             {colorant.InternalName, colorant.ColorValue, OpenChannel(folder / file, printed)});
     }
-    const auto pattern = model.ChannelNameMap.find(kWhite);
     channels.HasWhite =
         std::any_of(colorants.begin(), colorants.end(), [](const ColorantInfo& colorant) {
             return EqualsIgnoringCase(colorant.InternalName, kWhite);
         });
-    if (pattern == model.ChannelNameMap.end() || channels.HasWhite) return channels;
-    const fs::path white = FindFile(printed, SubstituteJobName(pattern->second, jobName));
+    if (!naming.HasWhite() || channels.HasWhite) return channels;
+    const fs::path white = FindFile(printed, naming.WhiteFileName());
     if (white.empty() || fs::file_size(folder / white) == 0) return channels;
     channels.Channels.push_back({kWhite, kWhiteColor, OpenChannel(folder / white, printed)});
     channels.HasWhite = true;

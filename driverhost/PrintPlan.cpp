@@ -57,6 +57,7 @@ class Planner {
         plan.MakesFolder = model_.CreateFolder != 0;
         plan.BottomLineFirst = model_.PrinterDirection != 0;
         plan.LineInterleaved = model_.LineByLine != 0;
+        plan.WhiteType = model_.EffectiveWhiteType();
         plan.GathersWhite = IsWhiteUnion(model_.EffectiveWhiteType());
         for (std::size_t page = 0; page < order_.Pages.size(); ++page)
             plan.Pages.push_back(PlanPage(page));

@@ -39,6 +39,7 @@ struct PrintPlan {
     bool MakesFolder = false;  ///< a folder of the job's own, which the driver names
     bool BottomLineFirst = false;
     bool LineInterleaved = false;
+    int32_t WhiteType = -1;     ///< the white treatment in effect; -1: none
     bool GathersWhite = false;  ///< the union of a page's separations
     std::vector<PlannedPage> Pages;
     std::vector<SideFile> Sides;  ///< that stand once in the job's folder

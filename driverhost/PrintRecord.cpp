@@ -35,6 +35,7 @@ PrintRecord RecordOf(const nlohmann::json& json) {
     record.Model = json.at("model").get<std::string>();
     record.Choice = {json.at("media").get<int32_t>(), json.at("printMode").get<int32_t>(),
                      json.at("resolution").get<int32_t>(), json.at("colorMode").get<int32_t>()};
+    record.WhiteType = json.value("white", -1);
     record.XResolution = json.at("xResolution").get<double>();
     record.YResolution = json.at("yResolution").get<double>();
     record.Complete = json.at("complete").get<bool>();
@@ -68,6 +69,7 @@ void WritePrintRecord(const fs::path& path, const PrintRecord& record) {
                                    {"printMode", record.Choice.PrintMode},
                                    {"resolution", record.Choice.Resolution},
                                    {"colorMode", record.Choice.ColorMode},
+                                   {"white", record.WhiteType},
                                    {"xResolution", record.XResolution},
                                    {"yResolution", record.YResolution},
                                    {"complete", record.Complete},

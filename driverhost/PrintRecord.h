@@ -22,6 +22,7 @@ struct PrintRecord {
     std::string SourceName;  ///< as the driver was told
     std::string Model;
     PrintChoice Choice;
+    int32_t WhiteType = -1;  ///< the white treatment in effect; -1: none
     double XResolution = 0;  ///< dots per inch of what was printed
     double YResolution = 0;
     bool Complete = false;  ///< the job ran to its end and no file is missing or short

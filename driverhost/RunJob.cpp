@@ -46,6 +46,7 @@ class Recorder {
         record_.SourceName = job.SourceName;
         record_.Model = job.Settings.Model;
         record_.Choice = job.Chosen.Choice;
+        record_.WhiteType = plan.WhiteType;
         record_.XResolution = job.Settings.XResolution;
         record_.YResolution = job.Settings.YResolution;
         const fs::path name = jobFolder_.empty() ? plan.JobName : jobFolder_;
