@@ -32,7 +32,7 @@ void Artwork::ReadPages() {
     pages_ = rasterizer_.ReadPages();
     const std::vector<PageContent> contents = ReadPageContents(rasterizer_.Document());
     for (std::size_t i = 0; i < std::min(pages_.size(), contents.size()); ++i) {
-        pages_[i].PictureBytes = contents[i].PictureBytes;
+        pages_[i].SpoolBytes = contents[i].SpoolBytes;
         for (const std::string& word : contents[i].UnknownOperators)
             pages_[i].Faults.push_back(fmt::format(
                 "\"{}\" is no operator of a page; what it stands for is not drawn", word));

@@ -18,7 +18,7 @@ int64_t Packed(int64_t bytes) {
 }
 
 /// The plates of a page, one byte a pixel and ink; the rasteriser's composite picture of one band,
-/// four bytes a pixel; and the page's pictures, which it lays aside decoded.
+/// four bytes a pixel; and what it lays aside to draw the page.
 int64_t PageBytes(const PdfPage& page, const PageSize& size, const ColorMode& mode,
                   int64_t bandPixels) {
     constexpr int64_t kProcessInks = 4;
@@ -35,7 +35,7 @@ int64_t PageBytes(const PdfPage& page, const PageSize& size, const ColorMode& mo
     if (plan.NeedsSeparations || spots > 0)
         bytes += size.Width * (drawnRows * (kProcessInks + spots) + mostRows * kProcessInks);
     if (plan.NeedsGray) bytes += size.Width * drawnRows;
-    return Packed(bytes) + page.PictureBytes;
+    return Packed(bytes) + page.SpoolBytes;
 }
 
 int64_t ChannelBytes(const DocumentPage& page, const ColorMode& mode) {

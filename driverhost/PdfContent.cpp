@@ -31,6 +31,11 @@ class OperatorCheck final : public QPDFObjectHandle::ParserCallbacks {
   public:
     explicit OperatorCheck(std::set<std::string>& unknown) : unknown_(unknown) {}
 
+    /// Bytes of the content that was looked through.
+    int64_t ContentBytes() const { return contentBytes_; }
+
+    void contentSize(std::size_t bytes) override { contentBytes_ += static_cast<int64_t>(bytes); }
+
     void handleObject(QPDFObjectHandle object, std::size_t /*offset*/,
                       std::size_t /*length*/) override {
         constexpr std::size_t kMostUnknown = 5;  // of a page: more say no more
@@ -48,6 +53,7 @@ class OperatorCheck final : public QPDFObjectHandle::ParserCallbacks {
   private:
     std::set<std::string>& unknown_;
     int tolerance_ = 0;
+    int64_t contentBytes_ = 0;
 };
 
 int64_t NumberIn(QPDFObjectHandle dictionary, const std::string& key, int64_t otherwise) {
@@ -86,14 +92,17 @@ int64_t BytesOf(QPDFObjectHandle picture) {
 }
 
 PageContent ContentOf(QPDFPageObjectHelper page) {
+    constexpr int64_t kSpooled = 3;  // bytes for one of content, on pages of many short lines
+    constexpr int64_t kMost = int64_t{1} << 60;
     PageContent content;
     OperatorCheck check(content.UnknownOperators);
     page.parseContents(&check);
     page.forEachFormXObject(true, [&](QPDFObjectHandle& form, QPDFObjectHandle&,
                                       const std::string&) { form.parseAsContents(&check); });
     page.forEachImage(true, [&](QPDFObjectHandle& picture, QPDFObjectHandle&, const std::string&) {
-        content.PictureBytes = std::min(content.PictureBytes + BytesOf(picture), int64_t{1} << 60);
+        content.SpoolBytes = std::min(content.SpoolBytes + BytesOf(picture), kMost);
     });
+    content.SpoolBytes += kSpooled * check.ContentBytes();
     return content;
 }
 

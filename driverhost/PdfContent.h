@@ -8,7 +8,9 @@
 
 /// What the content of a page holds that the rasteriser does not tell of.
 struct PageContent {
-    int64_t PictureBytes = 0;  ///< of the pictures that the page shows, decoded
+    /// Bytes that the rasteriser lays aside to draw the page: its pictures decoded, and its content
+    /// as a list of what to draw.
+    int64_t SpoolBytes = 0;
     /// Words that stand where an operator is due and are none: the rasteriser passes over them
     /// without a word, and what they stood for is not drawn. A few of them when there are many.
     std::set<std::string> UnknownOperators;

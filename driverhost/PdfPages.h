@@ -10,7 +10,7 @@ struct PdfPage {
     double WidthPoints = 0;  ///< turned by the page's rotation, scaled by its user unit
     double HeightPoints = 0;
     std::vector<std::string> Spots;   ///< names of its inks beside the process inks
-    int64_t PictureBytes = 0;         ///< of the pictures that it shows, decoded
+    int64_t SpoolBytes = 0;           ///< that the rasteriser lays aside to draw it
     std::vector<std::string> Faults;  ///< what of its content is not drawn
 };
 

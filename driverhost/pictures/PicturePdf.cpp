@@ -36,7 +36,7 @@ PdfPage PageOf(const PictureHeader& picture, double dpi) {
     page.WidthPoints = static_cast<double>(picture.Width) * kPointsPerInch / xDpi;
     page.HeightPoints = static_cast<double>(picture.Rows) * kPointsPerInch / yDpi;
     if (picture.Orientation >= 5) std::swap(page.WidthPoints, page.HeightPoints);
-    page.PictureBytes =
+    page.SpoolBytes =
         picture.Width * picture.Rows * static_cast<int64_t>(SamplesOf(picture.Colors));
     return page;
 }
@@ -181,7 +181,7 @@ PictureDocument ReadPictures(const fs::path& path, DocumentKind kind, const fs::
     do {
         StopWhenInterrupted();
         document.Pages.push_back(PageOf(picture->Header(), dpi));
-        document.MostBytes += document.Pages.back().PictureBytes;
+        document.MostBytes += document.Pages.back().SpoolBytes;
         spoolBytes += picture->Header().SpoolBytes;
     } while (picture->NextPicture());
     document.MostBytes = std::min(document.MostBytes, kMostPdfBytes) + spoolBytes;
