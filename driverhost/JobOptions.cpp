@@ -24,24 +24,24 @@ std::string Remedy(const fs::path& job, const ModelRules& rules) {
 }  // namespace
 
 JobOptions::JobOptions(const fs::path& job, const DriverOptionBlock& block, ModelRules& rules) {
-    if (!rules.OffersWhite() || !NamesOptionsFile(block)) return;
-    std::optional<int32_t> type;
-    if (HasOptionsFile(block)) {
-        type = StoredWhite(block);
-        if (!type)
-            throw HostError(kFailed, fmt::format("the job's white choice cannot be read from its "
-                                                 "options file {}; {}",
-                                                 OptionsFileName(block), Remedy(job, rules)));
-    } else {
-        type = ReadKeptWhite(job);
-        if (!type)
+    if (!rules.OffersWhite()) return;
+    int32_t type = -1;
+    const OptionsState state = PeekDriverOptions(block, type);
+    if (state == OptionsState::kUnreadable)
+        throw HostError(kFailed, fmt::format("the job's white choice cannot be read from its "
+                                             "options file {}; {}",
+                                             OptionsFileName(block), Remedy(job, rules)));
+    if (state == OptionsState::kMissing) {
+        const std::optional<int32_t> kept = ReadKeptWhite(job);
+        if (!kept)
             throw HostError(kFailed, fmt::format("the job's white choice is not known: its options "
                                                  "file {} is missing, and its settings keep none; "
                                                  "{}",
                                                  OptionsFileName(block), Remedy(job, rules)));
-        Make(block, *type);
+        type = *kept;
+        Make(block, type);
     }
-    rules.Output.SupportWhiteType = *type;
+    rules.Output.SupportWhiteType = type;
 }
 
 void JobOptions::Make(const DriverOptionBlock& block, int32_t type) {

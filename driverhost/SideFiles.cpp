@@ -8,20 +8,12 @@
 #include "host/FileBytes.h"
 #include "plugin/output/HeaderFile.h"
 #include "plugin/output/JobTicket.h"
+#include "plugin/output/PreviewLimits.h"
 #include "preview/PreviewGeometry.h"
 
 namespace fs = std::filesystem;
 
 namespace {
-
-// What the driver makes a preview of: sides that a description can mean, and a picture that the
-// host's memory holds.
-constexpr int32_t kLongestPreviewSide = 20'000;
-constexpr int64_t kMostPreviewPixels = 16'000'000;
-
-bool IsPreviewSide(int32_t side) {
-    return side >= 1 && side <= kLongestPreviewSide;
-}
 
 const char* NameOf(SideKind kind) {
     switch (kind) {
@@ -114,7 +106,7 @@ std::optional<SideFile> PromisePreview(const ModelOutputSettings& model, const C
     const bool bestFit = model.PreviewBestFit != 0;
     const int32_t width = model.PreviewSizeV;
     const int32_t height = model.PreviewSizeH;
-    if (!IsPreviewSide(width) || (!bestFit && !IsPreviewSide(height))) return std::nullopt;
+    if (!HasPreviewSides(model)) return std::nullopt;
     if (page.WidthPixels < 1 || page.WidthPixels > INT32_MAX) return std::nullopt;
     if (page.Rows < 1 || page.Rows > INT32_MAX) return std::nullopt;
     const auto sourceWidth = static_cast<int32_t>(page.WidthPixels);
@@ -122,8 +114,7 @@ std::optional<SideFile> PromisePreview(const ModelOutputSettings& model, const C
     const PreviewGeometry geometry =
         bestFit ? FitBest(width, sourceWidth, sourceRows, xResolution, yResolution)
                 : FitIntoBox(width, height, sourceWidth, sourceRows, xResolution, yResolution);
-    if (int64_t{geometry.previewWidth} * geometry.previewHeight > kMostPreviewPixels)
-        return std::nullopt;
+    if (!IsPreviewSize(geometry.previewWidth, geometry.previewHeight)) return std::nullopt;
     SideFile preview(SideKind::kPreview);
     preview.Width = geometry.previewWidth;
     preview.Height = geometry.previewHeight;

@@ -16,24 +16,12 @@
 #include "host/AFilePath.h"
 #include "host/Numbers.h"
 #include "host/Text.h"
-#include "platform/PathRules.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::string_view kNamePrefix = "QL_DROP_";
 constexpr std::size_t kMostNameBytes = 254;
-
-AFilePath NewFilesFolder() {
-    return AFilePath().Append("Jobs and Settings").Append("OptionsDrivers");
-}
-
-/// As the driver looks at it: the kind of the block does not count.
-DriverOptionBlock WithKind(DriverOptionBlock block) {
-    block.Kind = DriverOptionBlock::kNamesOptionsFile;
-    return block;
-}
 
 std::string_view NameIn(const DriverOptionBlock& block) {
     return FieldText(block.FileName, kMostNameBytes);
@@ -69,30 +57,19 @@ std::string OptionsFileName(const DriverOptionBlock& block) {
     return OneLine(std::string(NameIn(block)));
 }
 
-bool NamesOptionsFile(const DriverOptionBlock& block) {
-    const std::string_view name = NameIn(block);
-    return name.find(kNamePrefix) != std::string_view::npos &&
-           std::none_of(name.begin(), name.end(), IsPathSeparator) &&
-           NewFilesFolder().Append(name).isValid();
-}
-
-bool HasOptionsFile(const DriverOptionBlock& block) {
-    return HasDriverOptions(WithKind(block));
-}
-
 fs::path OptionsFolder() {
-    return NewFilesFolder().fullPath();
+    return AFilePath().Append("Jobs and Settings").Append("OptionsDrivers").fullPath();
 }
 
 std::optional<int32_t> StoredWhite(const DriverOptionBlock& block) {
-    DriverOptionBlock looked = WithKind(block);
     int32_t type = -1;
-    if (!HasOptionsFile(looked) || ReadDriverOptions(looked, type) == 0) return std::nullopt;
+    if (PeekDriverOptions(block, type) != OptionsState::kRead) return std::nullopt;
     return type;
 }
 
 void RemoveOptionsFile(const DriverOptionBlock& block) {
-    if (!NamesOptionsFile(block)) return;
+    int32_t unused = -1;
+    if (PeekDriverOptions(block, unused) == OptionsState::kNone) return;
     std::error_code error;  // one that stays is named by nobody and harms nobody
     fs::remove(OptionsFolder() / NameIn(block), error);
 }
@@ -150,10 +127,12 @@ WhiteOrder::WhiteOrder(const std::string& treatment, const fs::path& job, const 
 void WhiteOrder::TakeFrom(const fs::path& job, const std::string& model) {
     const JobFileHeader header = ReadJobHeader(job);
     if (FieldText(header.PrinterName, sizeof header.PrinterName) != model) return;
-    if (!NamesOptionsFile(header.Options)) return;
+    int32_t stored = -1;
+    const OptionsState state = PeekDriverOptions(header.Options, stored);
+    if (state == OptionsState::kNone) return;
     earlier_ = header.Options;
-    type_ = StoredWhite(header.Options);
-    if (!type_) type_ = ReadKeptWhite(job);
+    if (state == OptionsState::kRead) type_ = stored;
+    if (state == OptionsState::kMissing) type_ = ReadKeptWhite(job);
     if (!type_) {
         Complain("warning: the white choice of the earlier {} cannot be read and is not kept",
                  job.string());

@@ -20,12 +20,8 @@ std::string WhiteOffers(const ModelOutputSettings& model);
 /// HostError(kUsage).
 int32_t WhitePositionOf(const std::string& treatment, const ModelOutputSettings& model);
 
-/// Whether the block names an options file, there or not.
-bool NamesOptionsFile(const DriverOptionBlock& block);
-/// Its name, for people.
+/// The name of the options file that a block names, for people.
 std::string OptionsFileName(const DriverOptionBlock& block);
-/// Whether that file is there.
-bool HasOptionsFile(const DriverOptionBlock& block);
 /// Where new options files stand.
 std::filesystem::path OptionsFolder();
 /// The choice in the file that the block names (-1: none chosen); nothing where that file is not
