@@ -55,7 +55,10 @@ AXMLTree::AXMLTree(std::string_view rootName) : document_(std::make_unique<Docum
     pugi::xml_node declaration = document_->xml.append_child(pugi::node_declaration);
     declaration.append_attribute("version").set_value("1.0");
     declaration.append_attribute("encoding").set_value("UTF-8");
-    if (!AppendElement(document_->xml, rootName)) throw std::bad_alloc();
+    // Without memory the library leaves out a name or a value, and goes on.
+    const bool isWhole = declaration.attribute("version").as_string() == std::string_view("1.0") &&
+                         declaration.attribute("encoding").as_string() == std::string_view("UTF-8");
+    if (!isWhole || !AppendElement(document_->xml, rootName)) throw std::bad_alloc();
 }
 
 AXMLTree::~AXMLTree() = default;

@@ -246,7 +246,7 @@ TEST_F(Check, FindsFaultsOfADescriptionWhereTheyStand) {
     Write(Data("roll.xml"), Edited(kDescription, {{"Film", "Folie f\xFCr"}}));
     ExpectFound(
         Found(Data("roll.xml")),
-        Starts{"7:71: error: no XML document: the byte FC is part of no character in UTF-8"});
+        Starts{"7:71: error: no XML document: bytes that are no UTF-8"});
     for (const char* const encode :
          {"gzip -c", "iconv -f utf-8 -t utf-16", "iconv -f utf-8 -t utf-16be"}) {
         ASSERT_EQ(Shell(fmt::format("{} plain.xml > {}", encode, Data("roll.xml"))).Status, 0);

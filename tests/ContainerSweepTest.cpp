@@ -155,32 +155,4 @@ TEST(ContainerSweep, MemoryThatIsMissing) {
     }
 }
 
-// libtiff 4.5 goes on without some of the memory that it was refused, and dies of it in its list
-// of fields or of a directory's further values. That is not for us to mend; a tag or a row that is
-// lost without a word is.
-TEST(ContainerSweep, AllocationsThatFailInLibraries) {
-    const TestFolder folder;
-    const AFilePath path = folder.Path("c.tif");
-    for (const Kind& kind : kKinds) {
-        const std::vector<Page> pages = MakeContainer(folder, kind, 1);
-        bool hasFailed = true;
-        for (int64_t nth = 1; hasFailed; nth += kChildStride) {
-            const int answer = InChild(folder.Name("stderr"), [&] {
-                ContainerFailure failure;
-                const FailingCall fault(Call::kAllocate, nth, false);
-                const Outcome outcome = ReadPages(path, pages, failure);
-                return outcome | (fault.HasFailed() ? 4 : 0);
-            });
-            hasFailed = answer < 0 || (answer & 4) != 0;
-            if (answer < 0) {
-                EXPECT_NE(folder.Read("stderr").find("libtiff"), std::string::npos)
-                    << kind.name << " " << nth << "\n"
-                    << folder.Read("stderr");
-            } else {
-                EXPECT_NE(answer & 3, kWrong) << kind.name << " " << nth;
-            }
-        }
-    }
-}
-
 }  // namespace

@@ -118,30 +118,6 @@ TEST_F(OutputFaultsTest, WritesThatFail) {
     }
 }
 
-// Without a usable temporary file reversed channels are written top line first.
-TEST_F(OutputFaultsTest, TemporaryFolders) {
-    const std::filesystem::path data = folder.Temp() / "channel_data";
-    const auto expectPrinted = [&](const char* what, bool isReversed) {
-        for (const char* rules : {kReversed, kReversedLines}) {
-            Install(2, rules);
-            ASSERT_TRUE(Print({page})) << what;
-            EXPECT_EQ(Output("Proof_C1.raw"), ChannelBytes(page, "C1", isReversed)) << what;
-            EXPECT_EQ(Output("Proof_C2.raw"), ChannelBytes(page, "C2", isReversed)) << what;
-        }
-    };
-    WriteText(data, std::string(99999, 'x'));
-    expectPrinted("left-over data", true);
-    EXPECT_TRUE(Listing(folder.Temp()).empty());
-    std::filesystem::create_directory(data);
-    WriteText(data / "kept", "kept");
-    expectPrinted("a folder of that name", false);
-    EXPECT_EQ(ReadText(data / "kept"), "kept");
-    std::filesystem::remove_all(folder.Temp());
-    expectPrinted("no folder", false);
-    EXPECT_FALSE(std::filesystem::exists(folder.Temp()));
-    EXPECT_TRUE(folder.Messages().empty());
-}
-
 // Height × channels × line bytes and one MiB more, for channels without separations too.
 TEST_F(OutputFaultsTest, DiskSpace) {
     Install(5, kForward);

@@ -137,23 +137,6 @@ TEST_F(TicketTest, Failures) {
     EXPECT_EQ(Listing(folder.Out()), (Texts{"Proof_C1.raw", "Proof_C2.raw", "t.xml/"}));
 }
 
-// A disk that takes the template's copy and not the filled ticket: never half of one.
-TEST_F(TicketTest, AFullDisk) {
-    constexpr std::size_t kRoom = 4096;
-    WriteText(Template(), std::string(kRoom - 8, 'x') + "QL_TILES");
-    Job job = StartJob({NumberedPage(8, 1, 2, 1)});
-    constexpr int32_t kRows[] = {1, 1};
-    job.Status.RecordVersion = 3;
-    job.Status.TileCount = 2;
-    job.Status.TileRowNumbers = kRows;
-    const FileSizeLimit limit(kRoom);
-    ASSERT_TRUE(IsPrinted(job.Run()));
-    EXPECT_EQ(folder.Messages(), Texts{kMessage});
-    EXPECT_EQ(Output("Proof-tile1/t.xml"), ReadText(Template()));
-    EXPECT_EQ(Listing(folder.Out() / "Proof-tile1"),
-              (Texts{"Proof_C1.raw", "Proof_C2.raw", "t.xml"}));
-}
-
 // The folder of templates as output folder: the template is filled in itself.
 TEST_F(TicketTest, ATemplateThatIsItsOwnTicket) {
     WriteText(Template(), "QL_HEIGHTINDOTS");

@@ -161,21 +161,6 @@ TEST_F(WhiteTest, Names) {
     EXPECT_EQ(Output("Proof_3"), ChannelBytes(page, "C3"));
 }
 
-// No folder, or something else in the file's place: no union, and the page is complete.
-TEST_F(WhiteTest, WithoutATemporaryFile) {
-    Install(WhiteModel(2, Rules("1|A;1;1")));
-    const Page page = NumberedPage(64, 4, 2, 1);
-    std::filesystem::create_directories(folder.Temp() / "TempWhiteData" / "in the way");
-    ASSERT_TRUE(Print({page}));
-    EXPECT_EQ(Output(kWhiteFile), "");
-    std::filesystem::remove_all(folder.Temp());
-    ASSERT_TRUE(Print({page}));
-    EXPECT_EQ(Output(kWhiteFile), "");
-    EXPECT_EQ(Output("Proof_C2.raw"), ChannelBytes(page, "C2"));
-    EXPECT_FALSE(std::filesystem::exists(folder.Temp()));
-    EXPECT_TRUE(folder.Messages().empty());
-}
-
 // A union that lacks what the disk did not take is not printed, whether it was full for a while or
 // at the end. The channels lie elsewhere: they are whole.
 TEST_F(WhiteTest, AUnionThatTheDiskDoesNotTake) {
@@ -239,25 +224,6 @@ TEST_F(WhiteTest, TheUsersChoice) {
     Install(WhiteModel(2, "CreateFolder=\"No\""));
     ASSERT_TRUE(Print({page}, "Proof.ps", choices));
     EXPECT_FALSE(std::filesystem::exists(folder.Out() / kWhiteFile));
-}
-
-// The union goes with the job, whether the host gives it up or it fails.
-TEST_F(WhiteTest, AnAbortOrAFailureRemovesTheUnion) {
-    Install(WhiteModel(2, Rules("1|A;1;1")));
-    Job job = StartJob({NumberedPage(320, 50, 2, 1)});
-    {
-        const StandIn clock(clockStepMs, 300);
-        for (int step = 0; step < 4; ++step)
-            ASSERT_EQ(job.Step(), 1);
-    }
-    ASSERT_FALSE(LeavesNothing());
-    EXPECT_EQ(driver->Call(kAbortJob), 1);
-    EXPECT_TRUE(LeavesNothing());
-    // The second channel cannot be made; by then the first is gathered.
-    EmptyOutputFolder();
-    std::filesystem::create_directory(folder.Out() / "Proof_C2.raw");
-    EXPECT_EQ(StartJob({NumberedPage(320, 50, 2, 1)}).Run(), "10");
-    EXPECT_TRUE(LeavesNothing());
 }
 
 }  // namespace
