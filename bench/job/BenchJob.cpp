@@ -101,9 +101,8 @@ ProcessCost BenchJob::Print(const BenchModel& model, bool settle) const {
     fs::create_directories(OutputFolder());
     WriteBenchBase(BaseFolder(), model);
     WarmUp();
-    const ProcessCost cost =
-        MeasureProcess({MINIMAL_HOST, OUTPUT_DRIVER, BaseFolder().string(), JobFile().string(),
-                        OutputFolder().string()});
+    const ProcessCost cost = MeasureProcess({MINIMAL_HOST, OUTPUT_DRIVER, BaseFolder().string(),
+                                             JobFile().string(), OutputFolder().string()});
     CheckOutput(model);
     return cost;
 }
