@@ -87,8 +87,8 @@ void NoteWhiteDoubts(JobReport& report, const JobTrackRecord& track,
     }
     if (!IsWhiteUnion(type)) return;
     if (track.PageChannelOrder.empty() || track.PageChannelOrder.front() != 0) {
-        const std::string_view first =
-            track.Separations.empty() ? "" : track.Separations.front()->InternalName;
+        std::string_view first;
+        if (!track.Separations.empty()) first = track.Separations.front()->InternalName;
         report.Note(Doubt::kUnionLeavesOut, {kSource, __LINE__},
                     "the white union leaves separations out, the page's first is not output first",
                     first);
