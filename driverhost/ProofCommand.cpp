@@ -157,6 +157,7 @@ void AddProofCommand(CommandTree& tree) {
         .add_option("--inks", options.Inks,
                     "Draw these inks alone, by their names, with commas between them")
         ->delimiter(',')
+        ->allow_extra_args(false)
         ->type_name("INK,INK");
     AddHelp(
         command,
@@ -165,5 +166,5 @@ void AddProofCommand(CommandTree& tree) {
         "white lies under them. Varnish is a sheen.",
         {"driverhost proof printed -o proof.png",
          "driverhost proof printed -o detail.png --scale 1",
-         "driverhost proof printed -o plates.png --inks Cyan,Black --paper 303030"});
+         "driverhost proof --inks Cyan,Black printed -o plates.png --paper 303030"});
 }
